@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quennel {
+
+/// The presentation of an alert; the numbers are those of the platform the texts were written for.
+enum class AlertStyle { Informational = 1, Critical = 2 };
+
+/// A modal message. Absent texts show as empty; with no buttons the alert has the platform's single
+/// default button.
+struct Alert {
+  std::optional<std::string> messageText;
+  std::optional<std::string> informativeText;
+  AlertStyle alertStyle = AlertStyle::Informational;
+  std::vector<std::string> buttons;
+};
+
+/// Everything the helper shows. Main thread only. Modal operations serve the main queue while they
+/// wait, and return at once, with the answer that dismissing gives, when the run loop terminates.
+class UserInterface {
+ public:
+  /// What `runModal` answers for the first button; each further one adds 1.
+  static constexpr int alertFirstButtonReturn = 1000;
+
+  virtual ~UserInterface() = default;
+
+  /// Shows the alert until the user dismisses it and answers the button. Closing it any other way
+  /// (Escape, the window's close button) counts as the last button. With no display its texts go to
+  /// standard error and the answer is the last button.
+  virtual int runModal(const Alert& alert) = 0;
+
+  /// Asks that the next thing shown comes to the front of all applications.
+  virtual void activateIgnoringOtherApps() = 0;
+
+  /// The description, in the user's language, of the type that files with this name extension have
+  /// ("txt": "plain text document"); nothing for an extension that no type has.
+  virtual std::optional<std::string> localizedDescriptionOfFileExtension(
+      const std::string& extension) = 0;
+};
+
+}  // namespace quennel
