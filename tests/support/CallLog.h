@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quennel::test {
+
+/// The order of calls across several fakes.
+class CallLog {
+ public:
+  void add(const std::string& call) { _calls.push_back(call); }
+  const std::vector<std::string>& calls() const { return _calls; }
+
+ private:
+  std::vector<std::string> _calls;
+};
+
+}  // namespace quennel::test

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/UserInterface.h"
+#include "tests/support/CallLog.h"
+
+namespace quennel::test {
+
+/// A user who answers at once. What happens while an alert is up (time that passes, work on the
+/// main queue) is the test's to say in `whileShown`.
+class FakeUserInterface : public UserInterface {
+ public:
+  explicit FakeUserInterface(CallLog& log) : _log(log) {}
+
+  std::vector<Alert> alerts;
+  /// The buttons to press, in order; when none is left the last button of the alert is.
+  std::deque<int> answers;
+  std::function<void(const Alert&)> whileShown;
+  std::map<std::string, std::string> typeDescriptions;
+  int activations = 0;
+
+  int runModal(const Alert& alert) override {
+    alerts.push_back(alert);
+    _log.add("alert");
+    if (whileShown) {
+      whileShown(alert);
+    }
+    if (!answers.empty()) {
+      const int answer = answers.front();
+      answers.pop_front();
+      return answer;
+    }
+    return alertFirstButtonReturn +
+           (alert.buttons.empty() ? 0 : static_cast<int>(alert.buttons.size()) - 1);
+  }
+
+  void activateIgnoringOtherApps() override { ++activations; }
+
+  std::optional<std::string> localizedDescriptionOfFileExtension(
+      const std::string& extension) override {
+    const auto entry = typeDescriptions.find(extension);
+    return entry == typeDescriptions.end() ? std::nullopt : std::optional(entry->second);
+  }
+
+ private:
+  CallLog& _log;
+};
+
+}  // namespace quennel::test
