@@ -30,12 +30,20 @@ class PropertyList {
   PropertyList(double value) : _value(value) {}
   PropertyList(std::string value);
   PropertyList(const char* value) : PropertyList(std::string(value)) {}
+  // No other pointer may turn into a boolean.
+  PropertyList(const void* value) = delete;
   PropertyList(Data value);
   PropertyList(Date value) : _value(value) {}
   PropertyList(Array value);
   PropertyList(Dictionary value);
 
   /// The contents if the value is of that kind, else null. Lives as long as this value or a copy.
+  const bool* boolean() const;
+  const std::int64_t* integer() const;
+  /// Only for numbers above the signed range; all other integers are `integer`s.
+  const std::uint64_t* largeInteger() const;
+  const double* real() const;
+  const Date* date() const;
   const std::string* string() const;
   const Data* data() const;
   const Array* array() const;
@@ -46,16 +54,19 @@ class PropertyList {
   /// is not zero; anything else is false.
   bool boolValue() const;
 
-  /// The number as an integer; a text by its leading integer (see `integerValue`); else 0.
+  /// The number as an integer, a fraction cut off, what does not fit held at the limits; a text by
+  /// its leading integer (see `integerValue` in Text.h); else 0.
   std::int64_t integerValue() const;
 
   /// The entry under `key` if this is a dictionary that has one, else null.
   const PropertyList* objectForKey(std::string_view key) const;
 
-  /// Deep equality. Numbers and booleans are equal by value whatever their kind: true equals 1.
+  /// Deep equality. Numbers and booleans are equal by value whatever their kind: true equals 1. The
+  /// comparison is exact, nothing is rounded first. A value always equals its copy, NaN too.
   friend bool operator==(const PropertyList& left, const PropertyList& right);
 
-  /// One line that shows the value to a person, as quennelctl prints it.
+  /// One line that shows the value to a person: yes and no for booleans, a text without quotes (but
+  /// with quotes inside an array or a dictionary), control characters as escapes.
   std::string description() const;
 
  private:
