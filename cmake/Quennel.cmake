@@ -50,11 +50,22 @@ function(quennel_test name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE quennel_test_support ${arg_LINK})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-  gtest_discover_tests(
-    ${name}
-    DISCOVERY_MODE PRE_TEST
-    DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS "${arg_LABELS}" TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${arg_ENVIRONMENT}")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
+  # gtest_discover_tests takes apart properties that are lists; they are set once ctest has read the
+  # list of tests, which is empty while the program is not built.
+  file(
+    CONFIGURE
+    OUTPUT ${name}_properties.cmake
+    CONTENT
+      [[if(@name@_TESTS)
+  set_tests_properties(
+    ${@name@_TESTS}
+    PROPERTIES LABELS "@arg_LABELS@" TIMEOUT @arg_TIMEOUT@ ENVIRONMENT "@arg_ENVIRONMENT@")
+endif()
+]]
+    @ONLY)
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES
+                                         ${CMAKE_CURRENT_BINARY_DIR}/${name}_properties.cmake)
 endfunction()
 
 # quennel_add_subdirectories(): every folder directly below the current one that has a build file.
