@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/Error.h"
+#include "platform/values/PropertyList.h"
+
+namespace quennel {
+
+/// What the user lets the helper change: folders that are accessible, with all that is below them,
+/// and the tokens ("bookmarks") by which a later run finds them again. Reading is never restricted.
+/// Paths are absolute. Main thread only.
+class SecurityScope {
+ public:
+  /// What a grant covers: the folder and everything below it, or the one item of that name (and
+  /// what is below it), which need not exist.
+  enum class Extent { Folder, Item };
+
+  /// An operation on the item that `path` leads to; false when it failed.
+  using Work = std::function<bool(const std::string& path)>;
+
+  virtual ~SecurityScope() = default;
+
+  /// An opaque token for the folder at `path`, which only this user can make. Nothing when there is
+  /// no folder, or none that could be told from another one later.
+  virtual std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
+                                                                Error* error = nullptr) = 0;
+
+  /// Where the token's folder is now: the path it was made for as long as that leads to the same
+  /// folder, else the place it was moved or its volume mounted to. Nothing when the folder is gone
+  /// or its volume away, when another one took its place, or when the token is not genuine.
+  virtual std::optional<std::string> pathByResolvingBookmarkData(
+      const PropertyList::Data& bookmark) = 0;
+
+  /// Makes the folder that a token was resolved to, in this run, accessible. Calls balance: as many
+  /// `stopAccessing` end it. False, and nothing to balance, for any other path.
+  virtual bool startAccessing(const std::string& path) = 0;
+  virtual void stopAccessing(const std::string& path) = 0;
+
+  /// Makes what the user chose in a panel accessible until the end of the run.
+  virtual void allowForThisRun(const std::string& path, Extent extent) = 0;
+
+  /// Whether the file at `path` may be changed, or entries made in the folder there, as far as
+  /// grants go. Links are followed.
+  virtual bool isAccessible(const std::string& path) const = 0;
+
+  /// Calls `work`, which makes, replaces or removes the item at `path`, so that it can change
+  /// nothing that is not accessible: on a thread of its own, for which the caller waits, where the
+  /// kernel can confine one. `work` has to use the path it is given. The result is that of `work`,
+  /// whose exceptions pass through; false without a call when the item's folder is not accessible.
+  virtual bool performConfined(const std::string& path, const Work& work,
+                               Error* error = nullptr) = 0;
+
+  /// Calls `work`, which changes attributes of the item at `path` (links followed), with a path
+  /// that leads to that very item, whatever happens to its names meanwhile. On the caller's thread;
+  /// results as above.
+  virtual bool performOnItem(const std::string& path, const Work& work,
+                             Error* error = nullptr) const = 0;
+};
+
+}  // namespace quennel
