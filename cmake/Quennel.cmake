@@ -76,3 +76,14 @@ function(quennel_add_subdirectories)
     add_subdirectory(${folder})
   endforeach()
 endfunction()
+
+# quennel_benchmark(NAME [LINK libraries...] [SOURCES files...]): the program bench/NAME of the build
+# tree, from all sources of the current folder and the further ones named.
+function(quennel_benchmark name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;SOURCES")
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+  add_executable(bench_${name} ${sources} ${arg_SOURCES})
+  target_link_libraries(bench_${name} PRIVATE quennel_options ${arg_LINK})
+  set_target_properties(bench_${name} PROPERTIES OUTPUT_NAME ${name} RUNTIME_OUTPUT_DIRECTORY
+                                                                     ${CMAKE_BINARY_DIR}/bench)
+endfunction()
