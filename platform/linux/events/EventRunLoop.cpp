@@ -1,0 +1,196 @@
+#include "platform/linux/events/EventRunLoop.h"
+
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+#include <utility>
+
+namespace quennel {
+
+namespace {
+
+/// `result` is that of an sd-event call: a negative errno value on failure.
+void throwOnFailure(int result, const char* what) {
+  if (result < 0) {
+    throw std::system_error(-result, std::generic_category(), what);
+  }
+}
+
+}  // namespace
+
+EventRunLoop::EventRunLoop() {
+  sd_event* event = nullptr;
+  throwOnFailure(sd_event_new(&event), "sd_event_new");
+  _event.reset(event);
+  watchTimer();
+  watchSignals();
+  goToSleep();
+}
+
+EventRunLoop::~EventRunLoop() = default;
+
+void EventRunLoop::watchTimer() {
+  _timer.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+  if (!_timer) {
+    throw std::system_error(errno, std::generic_category(), "timerfd_create");
+  }
+  sd_event_source* source = nullptr;
+  // Being awake is all that the event is for; disarming makes the timer unreadable.
+  const auto disarm = [](sd_event_source*, int, std::uint32_t, void* self) {
+    auto* const runLoop = static_cast<EventRunLoop*>(self);
+    const std::lock_guard lock(runLoop->_mutex);
+    runLoop->armTimer(Clock::time_point::max());
+    return 0;
+  };
+  throwOnFailure(sd_event_add_io(handle(), &source, _timer.get(), EPOLLIN, disarm, this),
+                 "sd_event_add_io");
+  _timerSource.reset(source);
+}
+
+void EventRunLoop::watchSignals() {
+  const auto queueTermination = [](sd_event_source*, const signalfd_siginfo*, void* self) {
+    auto* runLoop = static_cast<EventRunLoop*>(self);
+    runLoop->dispatchAsync([runLoop] { runLoop->terminate(); });
+    return 0;
+  };
+  constexpr std::array signals{SIGTERM, SIGINT, SIGHUP};
+  for (std::size_t i = 0; i < signals.size(); ++i) {
+    sd_event_source* source = nullptr;
+    throwOnFailure(sd_event_add_signal(handle(), &source, signals[i] | SD_EVENT_SIGNAL_PROCMASK,
+                                       queueTermination, this),
+                   "sd_event_add_signal");
+    _signalSources[i].reset(source);
+  }
+}
+
+void EventRunLoop::dispatchAsync(Work work) { enqueue(Clock::now(), std::move(work)); }
+
+void EventRunLoop::dispatchAfter(std::chrono::nanoseconds delay, Work work) {
+  const auto now = Clock::now();
+  const auto longest = Clock::time_point::max() - now;
+  enqueue(now + std::clamp<std::chrono::nanoseconds>(delay, Clock::duration::zero(), longest),
+          std::move(work));
+}
+
+void EventRunLoop::enqueue(Clock::time_point due, Work work) {
+  const std::lock_guard lock(_mutex);
+  _queue.emplace(due, std::move(work));  // behind equal ones
+  if (_asleep && due < _armedFor) {
+    armTimer(due);
+  }
+}
+
+void EventRunLoop::run() {
+  while (!_terminating) {
+    wakeUp();
+    runDueWork();
+    goToSleep();
+    if (!_terminating) {
+      dispatchEvent(Wait::UntilEvent);
+    }
+  }
+}
+
+bool EventRunLoop::serve() {
+  if (_terminating) {
+    return false;
+  }
+  wakeUp();
+  while (dispatchEvent(Wait::Never)) {
+  }
+  runDueWork();
+  goToSleep();
+  return !_terminating;
+}
+
+int EventRunLoop::descriptor() const { return sd_event_get_fd(handle()); }
+
+void EventRunLoop::setWillTerminateHandler(Work handler) {
+  _willTerminateHandler = std::move(handler);
+}
+
+void EventRunLoop::terminate() {
+  if (std::exchange(_terminating, true)) {
+    return;
+  }
+  if (_willTerminateHandler) {
+    _willTerminateHandler();
+  }
+}
+
+EventRunLoop::Work EventRunLoop::takeWorkDueAt(Clock::time_point now) {
+  const std::lock_guard lock(_mutex);
+  const auto first = _queue.begin();
+  if (first == _queue.end() || first->first > now) {
+    return nullptr;
+  }
+  auto work = std::move(first->second);
+  _queue.erase(first);
+  return work;
+}
+
+/// Work that becomes due meanwhile is left for the next turn, so that work which keeps queueing
+/// itself does not shut out the events.
+void EventRunLoop::runDueWork() {
+  const auto now = Clock::now();
+  while (!_terminating) {
+    const auto work = takeWorkDueAt(now);
+    if (!work) {
+      return;
+    }
+    work();
+    wakeUp();  // a modal loop inside it has left the loop asleep
+  }
+}
+
+/// Answers whether there was an event.
+bool EventRunLoop::dispatchEvent(Wait wait) {
+  int ready = sd_event_prepare(handle());
+  throwOnFailure(ready, "sd_event_prepare");
+  if (ready == 0) {
+    ready = sd_event_wait(handle(), wait == Wait::Never ? 0 : UINT64_MAX);
+    throwOnFailure(ready, "sd_event_wait");
+  }
+  if (ready == 0) {
+    return false;
+  }
+  wakeUp();
+  throwOnFailure(sd_event_dispatch(handle()), "sd_event_dispatch");
+  return true;
+}
+
+/// From here on whoever queues work has to see that the loop wakes in time for it.
+void EventRunLoop::goToSleep() {
+  const std::lock_guard lock(_mutex);
+  _asleep = true;
+  const auto earliest = _queue.empty() ? Clock::time_point::max() : _queue.begin()->first;
+  if (earliest != _armedFor) {
+    armTimer(earliest);
+  }
+}
+
+void EventRunLoop::wakeUp() {
+  const std::lock_guard lock(_mutex);
+  _asleep = false;
+}
+
+/// Called with the lock held. A time that has passed makes the timer readable at once.
+void EventRunLoop::armTimer(Clock::time_point due) {
+  itimerspec timer{};
+  if (due != Clock::time_point::max()) {
+    const auto sinceBoot = due.time_since_epoch();
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceBoot);
+    timer.it_value.tv_sec = seconds.count();
+    timer.it_value.tv_nsec = (sinceBoot - seconds).count();
+  }
+  if (timerfd_settime(_timer.get(), TFD_TIMER_ABSTIME, &timer, nullptr) < 0) {
+    throw std::system_error(errno, std::generic_category(), "timerfd_settime");
+  }
+  _armedFor = due;
+}
+
+}  // namespace quennel

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <systemd/sd-event.h>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "platform/RunLoop.h"
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/events/EventSource.h"
+
+namespace quennel {
+
+/// The run loop on sd-event, which does not nest: a callback of an event source must do no more
+/// than take in the event and queue work. The work runs between two dispatches, where a modal loop
+/// may call `serve`.
+///
+/// All work, whether due at once or later, stands in one queue ordered by the moment it becomes
+/// due. One timer descriptor wakes the loop, armed for the earliest of these moments; that is how
+/// another thread wakes it, too. While the loop is awake nothing arms it, so queueing from an event
+/// callback or from other work costs no system call.
+///
+/// SIGTERM, SIGINT and SIGHUP terminate. They are blocked for this purpose, so a child process must
+/// be started with an empty signal mask.
+class EventRunLoop final : public RunLoop {
+ public:
+  /// Make it on the main thread before any other thread is started: they inherit the signal mask.
+  /// Throws std::system_error when the system refuses a descriptor.
+  EventRunLoop();
+  EventRunLoop(const EventRunLoop&) = delete;
+  EventRunLoop& operator=(const EventRunLoop&) = delete;
+  ~EventRunLoop() override;
+
+  /// For the adapters: where they add their event sources. Owned by the run loop.
+  sd_event* handle() const { return _event.get(); }
+
+  void dispatchAsync(Work work) override;
+  void dispatchAfter(std::chrono::nanoseconds delay, Work work) override;
+  void run() override;
+  bool serve() override;
+  int descriptor() const override;
+  void setWillTerminateHandler(Work handler) override;
+  void terminate() override;
+  bool isTerminating() const override { return _terminating; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  struct UnrefEvent {
+    void operator()(sd_event* event) const { sd_event_unref(event); }
+  };
+  enum class Wait { UntilEvent, Never };
+
+  void watchTimer();
+  void watchSignals();
+  void enqueue(Clock::time_point due, Work work);
+  Work takeWorkDueAt(Clock::time_point now);
+  void runDueWork();
+  bool dispatchEvent(Wait wait);
+  void goToSleep();
+  void wakeUp();
+  void armTimer(Clock::time_point due);
+
+  std::unique_ptr<sd_event, UnrefEvent> _event;
+  FileDescriptor _timer;
+  EventSource _timerSource;
+  std::array<EventSource, 3> _signalSources;
+  Work _willTerminateHandler;
+  bool _terminating = false;
+
+  std::mutex _mutex;  // guards all that follows
+  std::multimap<Clock::time_point, Work> _queue;
+  Clock::time_point _armedFor = Clock::time_point::max();  // max: not armed
+  bool _asleep = false;
+};
+
+}  // namespace quennel
