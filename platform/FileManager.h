@@ -17,11 +17,11 @@ struct FileAttributes {
   using Date = std::chrono::system_clock::time_point;
 
   /// The permission bits 07777.
-  std::optional<std::uint16_t> posixPermissions;
+  std::optional<std::uint16_t> posixPermissions = std::nullopt;
   /// Reading: the birth time where the filesystem keeps one. No Linux filesystem lets it be set, so
   /// setting it does nothing and is no error.
-  std::optional<Date> creationDate;
-  std::optional<Date> modificationDate;
+  std::optional<Date> creationDate = std::nullopt;
+  std::optional<Date> modificationDate = std::nullopt;
 };
 
 /// Files and folders. Paths are absolute byte strings in the POSIX form; a name need not be UTF-8.
