@@ -1,0 +1,29 @@
+#include "app/AppDelegate.h"
+#include "platform/URLEvents.h"
+#include "platform/UserDefaults.h"
+#include "platform/values/Text.h"
+#include "platform/values/URL.h"
+
+namespace quennel {
+
+void AppDelegate::handleURLEvent(const URLEvent& event) {
+  setShouldHandleURL(true);
+  const auto url = event.directObject ? URL::create(*event.directObject) : std::nullopt;
+  const auto query = url ? url->query() : std::nullopt;
+  const auto template_ = findTemplateByIndex(integerValue(query.value_or("")));
+  if (!template_) {
+    reportMissingTemplate();
+  } else if (sharedDefaults().boolForKey("skipFilename")) {
+    createFileAtDir(url ? std::optional(url->path()) : std::nullopt, *template_);
+  }
+  armRequestQuitCheck();
+}
+
+void AppDelegate::reportMissingTemplate() {
+  setPanelCount(panelCount() + 1);
+  _util.showAlert(localizedText("Unable to create file!"),
+                  localizedText("No suitable file template found."), AlertStyle::Critical);
+  setPanelCount(panelCount() - 1);
+}
+
+}  // namespace quennel

@@ -1,0 +1,106 @@
+#include "app/AppDelegate.h"
+
+#include "platform/Bundle.h"
+#include "platform/DistributedNotificationCenter.h"
+#include "platform/RunLoop.h"
+#include "platform/URLEvents.h"
+#include "platform/UserDefaults.h"
+
+namespace quennel {
+
+namespace {
+
+constexpr std::chrono::seconds quitDelay{11};
+
+}  // namespace
+
+AppDelegate::AppDelegate(const Platform& platform) : _platform(platform), _util(platform) {
+  if (const auto path = _platform.mainBundle.pathForResource("Defaults", "plist")) {
+    if (const auto defaults = _platform.mainBundle.dictionaryWithContentsOfFile(*path)) {
+      sharedDefaults().registerDefaults(*defaults);
+    }
+  }
+  const auto observe = [this](const std::string& name) {
+    _observers.push_back(_platform.distributedNotificationCenter.addObserver(
+        name, [this](const Notification& notification) { userDefaultsDidChange(notification); }));
+  };
+  observe(_platform.mainBundle.bundleIdentifier());
+  observe(sharedSuiteName);
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationWillFinishLaunching() {
+  _urlHandler =
+      _platform.urlEvents.setEventHandler([this](const URLEvent& event) { handleURLEvent(event); });
+}
+
+void AppDelegate::applicationDidFinishLaunching() { checkAndTerminate(); }
+
+void AppDelegate::applicationWillTerminate() { _observers.clear(); }
+
+void AppDelegate::userDefaultsDidChange(const Notification& notification) {
+  if (notification.object == "quit") {
+    _platform.runLoop.terminate();
+    return;
+  }
+  if (notification.object == "fileTemplates") {
+    checkAndTerminate();
+  }
+}
+
+void AppDelegate::checkAndTerminate() {
+  if (sharedDefaults().boolForKey("runInBackground")) {
+    return;
+  }
+  _platform.runLoop.dispatchAfter(quitDelay, [this] {
+    if (!shouldHandleURL()) {
+      _platform.runLoop.terminate();
+    }
+  });
+}
+
+void AppDelegate::armRequestQuitCheck() {
+  if (sharedDefaults().boolForKey("runInBackground")) {
+    return;
+  }
+  _platform.runLoop.dispatchAfter(quitDelay, [this] { terminateIfUnused(); });
+}
+
+void AppDelegate::terminateIfUnused() {
+  if (panelCount() < 1) {
+    _platform.runLoop.terminate();
+  }
+}
+
+std::optional<FileTemplate> AppDelegate::findTemplateByIndex(std::int64_t index) const {
+  const auto stored = sharedDefaults().objectForKey("fileTemplates");
+  const PropertyList::Array* templates = stored ? stored->array() : nullptr;
+  if (!templates || index < 0 || static_cast<std::uint64_t>(index) >= templates->size()) {
+    return std::nullopt;
+  }
+  return (*templates)[static_cast<std::size_t>(index)];
+}
+
+std::string AppDelegate::localizedStringForKey(const std::string& key) const {
+  if (const auto replacements = sharedDefaults().objectForKey("localizedStrings")) {
+    const PropertyList* entry = replacements->objectForKey(key);
+    const std::string* text = entry ? entry->string() : nullptr;
+    if (text && !text->empty()) {
+      return *text;
+    }
+  }
+  return localizedText(key);
+}
+
+std::string AppDelegate::localizedText(const std::string& key) const {
+  return _platform.mainBundle.localizedStringForKey(key);
+}
+
+void AppDelegate::showAlert(const std::optional<std::string>& title,
+                            const std::optional<std::string>& message, AlertStyle style) const {
+  _platform.userInterface.runModal(
+      {.messageText = title, .informativeText = message, .alertStyle = style, .buttons = {}});
+}
+
+}  // namespace quennel

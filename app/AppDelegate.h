@@ -1,0 +1,95 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/FileTemplate.h"
+#include "creation/AppUtil.h"
+#include "platform/Platform.h"
+#include "platform/Registration.h"
+#include "platform/UserInterface.h"
+
+namespace quennel {
+
+struct Notification;
+struct URLEvent;
+
+/// The suite of settings that the main application shares with the helper; also the name of its
+/// notifications.
+inline constexpr const char* sharedSuiteName = "Q4T7N2W9X5.net.brellow.Quennel";
+
+/// The application object: the hub that every flow is an operation of, or is called by. Each flow's
+/// operations are defined in the folder that they belong to. Main thread only; it outlives the work
+/// it puts on the main queue, because the queue drops its work when the loop ends.
+class AppDelegate {
+ public:
+  /// Opens the settings and starts listening to the main application.
+  explicit AppDelegate(const Platform& platform);
+  AppDelegate(const AppDelegate&) = delete;
+  AppDelegate& operator=(const AppDelegate&) = delete;
+  ~AppDelegate();
+
+  // Lifecycle: app/AppDelegate.cpp
+
+  /// Takes over the URL events; before launching finishes, so that the URL that launched the helper
+  /// is not lost.
+  void applicationWillFinishLaunching();
+  void applicationDidFinishLaunching();
+  /// Called once, when the run loop is told to terminate.
+  void applicationWillTerminate();
+
+  /// A command of the main application: the object of `notification`.
+  void userDefaultsDidChange(const Notification& notification);
+  /// Arms the launch quit check, unless the user wants the helper to stay in the background.
+  void checkAndTerminate();
+
+  UserDefaults& sharedDefaults() const { return _platform.sharedDefaults; }
+  /// The template at a position of the list, disabled ones counted and found too.
+  std::optional<FileTemplate> findTemplateByIndex(std::int64_t index) const;
+  /// A text that the main application may replace through the setting `localizedStrings`.
+  std::string localizedStringForKey(const std::string& key) const;
+  void showAlert(const std::optional<std::string>& title, const std::optional<std::string>& message,
+                 AlertStyle style) const;
+
+  /// Whether a URL has ever arrived; it disables the launch quit check for good.
+  bool shouldHandleURL() const { return _shouldHandleURL; }
+  void setShouldHandleURL(bool value) { _shouldHandleURL = value; }
+  /// The number of panels and alerts that keep the helper from quitting after a request.
+  std::int64_t panelCount() const { return _panelCount; }
+  void setPanelCount(std::int64_t count) { _panelCount = count; }
+
+  // Requests: app/AppDelegate+Requests.cpp
+
+  /// Makes the file that the URL asks for: its path is the folder, its query the template's index.
+  void handleURLEvent(const URLEvent& event);
+
+  // Creation without a dialog: creation/AppDelegate+Creation.cpp
+
+  /// Makes a file from the template in `dir`. No directory makes no file.
+  void createFileAtDir(const std::optional<std::string>& dir, const FileTemplate& template_);
+  void makeFileAtDir(const std::string& dir, const FileTemplate& template_);
+  /// Whether `path` is the Desktop folder or an item directly in it.
+  bool isDesktopDir(const std::string& path) const;
+
+ private:
+  void armRequestQuitCheck();
+  void terminateIfUnused();
+  void reportMissingTemplate();
+  void showAlertAfterPanel(const std::string& title, const std::string& message) const;
+  void finishNewItem(const std::string& path, const FileTemplate& template_);
+  void runPostCreationActions(const std::string& path);
+  std::string localizedText(const std::string& key) const;
+
+  Platform _platform;
+  AppUtil _util;
+  bool _shouldHandleURL = false;
+  std::int64_t _panelCount = 0;
+  std::vector<std::unique_ptr<Registration>> _observers;
+  std::unique_ptr<Registration> _urlHandler;
+};
+
+}  // namespace quennel

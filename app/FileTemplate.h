@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/values/PropertyList.h"
+
+namespace quennel {
+
+/// One template of the settings: a dictionary with the keys `title`, `prefix`, `suffix`,
+/// `filePath`, `executable`, `enabled` and `shortcut`. It stays the record that the main
+/// application wrote.
+using FileTemplate = PropertyList;
+
+/// The text under `key`, empty when the template has none.
+inline std::string templateText(const FileTemplate& template_, std::string_view key) {
+  const PropertyList* value = template_.objectForKey(key);
+  const std::string* text = value ? value->string() : nullptr;
+  return text ? *text : std::string();
+}
+
+/// The switch under `key`, off when the template has none.
+inline bool templateFlag(const FileTemplate& template_, std::string_view key) {
+  const PropertyList* value = template_.objectForKey(key);
+  return value && value->boolValue();
+}
+
+}  // namespace quennel

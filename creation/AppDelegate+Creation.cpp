@@ -1,0 +1,83 @@
+#include "app/AppDelegate.h"
+#include "platform/Bundle.h"
+#include "platform/FileManager.h"
+#include "platform/RunLoop.h"
+#include "platform/Sound.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "platform/values/Path.h"
+#include "platform/values/Text.h"
+
+namespace quennel {
+
+namespace {
+
+/// An alert that follows a panel waits until the panel has gone away.
+constexpr std::chrono::milliseconds alertDelay{300};
+
+std::string newFileName(const FileTemplate& template_) {
+  const std::string prefix = templateText(template_, "prefix");
+  const std::string suffix = templateText(template_, "suffix");
+  return suffix.empty() ? prefix : appendingPathExtension(prefix, suffix);
+}
+
+}  // namespace
+
+void AppDelegate::createFileAtDir(const std::optional<std::string>& dir,
+                                  const FileTemplate& template_) {
+  if (dir) {
+    makeFileAtDir(*dir, template_);
+  }
+}
+
+void AppDelegate::makeFileAtDir(const std::string& dir, const FileTemplate& template_) {
+  const std::string name = newFileName(template_);
+  if (name.empty()) {
+    // Joined to the folder it would name the folder itself, and the free name one beside it.
+    showAlertAfterPanel("Error creating file!", localizedText("The template has no file name."));
+    return;
+  }
+  const std::string path = _util.genNewPathForPath(appendingPathComponent(dir, name));
+  Error error;
+  if (!_platform.fileManager.copyItemAtPath(templateText(template_, "filePath"), path, &error)) {
+    showAlertAfterPanel("Error creating file!", error.localizedDescription);
+    return;
+  }
+  finishNewItem(path, template_);
+}
+
+void AppDelegate::finishNewItem(const std::string& path, const FileTemplate& template_) {
+  if (templateFlag(template_, "executable")) {
+    _util.makeItemExecutableAtPath(path);
+  } else {
+    _util.removeExecutableFlagAtPath(path);
+  }
+  const auto now = std::chrono::system_clock::now();
+  _platform.fileManager.setAttributes({.creationDate = now, .modificationDate = now}, path);
+  runPostCreationActions(path);
+}
+
+void AppDelegate::runPostCreationActions(const std::string& path) {
+  if (sharedDefaults().boolForKey("showFileOnCreation") && !isDesktopDir(path)) {
+    _platform.workspace.activateFileViewerSelectingItems({path});
+  }
+  if (sharedDefaults().boolForKey("playSound")) {
+    _platform.sound.playSoundNamed("sound");
+  }
+  if (sharedDefaults().boolForKey("openFileOnCreation")) {
+    _platform.workspace.openFile(path);
+  }
+}
+
+bool AppDelegate::isDesktopDir(const std::string& path) const {
+  const std::string desktop = formatted("/Users/%@/Desktop", _platform.fileManager.userName());
+  return path == desktop || deletingLastPathComponent(path) == desktop;
+}
+
+void AppDelegate::showAlertAfterPanel(const std::string& title, const std::string& message) const {
+  _platform.runLoop.dispatchAfter(alertDelay, [this, title, message] {
+    _util.showAlert(localizedText(title), message, AlertStyle::Critical);
+  });
+}
+
+}  // namespace quennel
