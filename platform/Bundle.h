@@ -7,7 +7,8 @@
 
 namespace quennel {
 
-/// The installed program as a whole: its resources, its texts, its executable. Main thread only.
+/// The installed program as a whole: its resources, its texts, its executable. Main thread only,
+/// except for the texts.
 class Bundle {
  public:
   virtual ~Bundle() = default;
@@ -20,7 +21,8 @@ class Bundle {
   virtual std::optional<PropertyList::Dictionary> dictionaryWithContentsOfFile(
       const std::string& path) const = 0;
 
-  /// The translation of an English text into the user's language, else the text itself.
+  /// The translation of an English text into the user's language, else the text itself. May be
+  /// called from any thread.
   virtual std::string localizedStringForKey(const std::string& key) const = 0;
 
   /// Absolute path of the running executable.
