@@ -1,0 +1,62 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/Error.h"
+#include "platform/Pipe.h"
+#include "platform/UserUnixTask.h"
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/tasks/ScriptWatch.h"
+
+namespace quennel {
+
+class Bundle;
+
+/// A script and the thread that waits for it.
+class ScriptRun {
+ public:
+  struct Request {
+    std::string path;
+    std::vector<std::string> arguments;
+    std::shared_ptr<Pipe::FileHandleForWriting> standardOutput;
+    UserUnixTask::CompletionHandler completion;
+  };
+
+  /// Starts the thread. `texts` outlives the run. Throws std::system_error when the system refuses.
+  ScriptRun(Request request, const ScriptLimits& limits, const Bundle& texts);
+  ScriptRun(const ScriptRun&) = delete;
+  ScriptRun& operator=(const ScriptRun&) = delete;
+  /// Ends a script that still runs, without calling its completion; waits for a completion that
+  /// already runs.
+  ~ScriptRun();
+
+  /// Whether the completion has been called and has returned.
+  bool isDone() const { return _done; }
+
+ private:
+  struct Result {
+    std::optional<Error> error;
+    std::string output;
+    bool stopped = false;
+  };
+
+  void perform();
+  Result runScript() const;
+  Result watchScript() const;
+  std::optional<Error> describe(ScriptWatch::Outcome outcome, const ScriptProcess& process) const;
+  std::string describeStartFailure(int code) const;
+
+  Request _request;
+  ScriptLimits _limits;
+  const Bundle& _texts;
+  FileDescriptor _stop;
+  std::atomic<bool> _done = false;
+  std::thread _thread;  // last: it uses all of the above
+};
+
+}  // namespace quennel
