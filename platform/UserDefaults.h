@@ -41,8 +41,10 @@ class UserDefaults {
 
   /// A change that depends on the stored value, safe against other processes that change the same
   /// key: reads the stored value of `key` afresh (no registered default), gives it to `change`, and
-  /// stores what that returns (nothing: the key is removed), all under the store's lock. False when
-  /// it could not be stored. Exceptions of `change` pass through and leave the store as it was.
+  /// stores what that returns (nothing: the key is removed), all under the store's lock. What was
+  /// set for this key and not yet stored is dropped: this change came later. False when it could
+  /// not be stored. Exceptions of `change` pass through and leave the store as it was; it must not
+  /// itself store.
   using Change = std::function<std::optional<PropertyList>(std::optional<PropertyList>)>;
   virtual bool updateObjectForKey(const std::string& key, const Change& change,
                                   Error* error = nullptr) = 0;

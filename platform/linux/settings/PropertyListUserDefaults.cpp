@@ -1,0 +1,193 @@
+#include "platform/linux/settings/PropertyListUserDefaults.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <utility>
+
+#include "platform/linux/locale/UserLocale.h"
+#include "platform/linux/settings/FileError.h"
+#include "platform/linux/settings/FileLock.h"
+#include "platform/linux/settings/FileReplacement.h"
+#include "platform/linux/settings/PropertyListFile.h"
+#include "platform/linux/settings/PropertyListNode.h"
+#include "platform/values/Path.h"
+
+namespace quennel {
+namespace {
+
+constexpr std::chrono::seconds lockPatience(5);
+
+std::string homeFolder() {
+  const char* home = std::getenv("HOME");
+  if (home && *home == '/') {
+    return home;
+  }
+  const passwd* user = getpwuid(getuid());
+  return user && user->pw_dir ? user->pw_dir : "/";
+}
+
+std::string configurationFolder() {
+  // A relative path is to be ignored.
+  const char* folder = std::getenv("XDG_CONFIG_HOME");
+  return folder && *folder == '/' ? folder : appendingPathComponent(homeFolder(), ".config");
+}
+
+/// Runs `work` and answers whether it came through, else fills `error` with the reason.
+bool succeeds(Error* error, const std::function<void()>& work) {
+  Error reason;
+  try {
+    work();
+    return true;
+  } catch (const PropertyListError& failure) {
+    reason.localizedDescription = failure.what();
+  } catch (const FileError& failure) {
+    reason.code = failure.code().value();
+    reason.localizedDescription = failure.path() + ": " + UserLocale::errorDescription(reason.code);
+  }
+  if (error) {
+    *error = std::move(reason);
+  }
+  return false;
+}
+
+}  // namespace
+
+/// A change of the file from the fresh reading to the writing, under the lock all the while.
+class PropertyListUserDefaults::Transaction {
+ public:
+  explicit Transaction(const std::string& path)
+      : _path(path), _lock(lockOf(path)), _file(PropertyListFile::read(path)) {
+    if (_file.state == PropertyListFile::State::Unreadable) {
+      throw PropertyListError(path +
+                              " is not a property list that can be read. It was left as it " +
+                              "is: repair it or move it away.");
+    }
+  }
+
+  std::optional<PropertyList> objectForKey(const std::string& key) const {
+    const auto& dictionary = _file.document.dictionary();
+    const auto entry = dictionary.find(key);
+    return entry == dictionary.end() ? std::nullopt : std::optional(entry->second);
+  }
+
+  void setObject(const std::optional<PropertyList>& value, const std::string& key) {
+    const std::string before = _file.document.bytes();
+    _file.document.setObject(value, key);
+    _isChanged = _isChanged || _file.document.bytes() != before;
+  }
+
+  void commit() {
+    if (_isChanged) {
+      replaceFile(_path, _file.document.bytes());
+    }
+  }
+
+ private:
+  static FileLock lockOf(const std::string& path) {
+    makeFolder(deletingLastPathComponent(path));
+    return {path + ".lock", lockPatience};
+  }
+
+  std::string _path;
+  FileLock _lock;
+  PropertyListFile _file;
+  bool _isChanged = false;
+};
+
+std::string PropertyListUserDefaults::pathForDomain(const std::string& domain) {
+  return appendingPathComponent(configurationFolder(), domain + ".plist");
+}
+
+PropertyListUserDefaults::PropertyListUserDefaults(std::string path) : _path(std::move(path)) {}
+
+std::optional<PropertyList> PropertyListUserDefaults::objectForKey(std::string_view key) const {
+  const auto pending = _pending.find(key);
+  if (pending != _pending.end() && pending->second) {
+    return pending->second;
+  }
+  if (pending == _pending.end()) {
+    const PropertyList::Dictionary& dictionary = stored();
+    const auto entry = dictionary.find(key);
+    if (entry != dictionary.end()) {
+      return entry->second;
+    }
+  }
+  const auto registered = _registered.find(key);
+  return registered == _registered.end() ? std::nullopt : std::optional(registered->second);
+}
+
+void PropertyListUserDefaults::registerDefaults(const PropertyList::Dictionary& defaults) {
+  for (const auto& [key, value] : defaults) {
+    _registered.insert_or_assign(key, value);
+  }
+}
+
+void PropertyListUserDefaults::setObject(PropertyList value, const std::string& key) {
+  _pending.insert_or_assign(key, std::move(value));
+}
+
+void PropertyListUserDefaults::removeObjectForKey(const std::string& key) {
+  _pending.insert_or_assign(key, std::nullopt);
+}
+
+bool PropertyListUserDefaults::synchronize(Error* error) {
+  if (_pending.empty()) {
+    return true;
+  }
+  auto transaction = begin(error);
+  if (!transaction || !commit(*transaction, _pending, error)) {
+    return false;
+  }
+  _pending.clear();
+  return true;
+}
+
+bool PropertyListUserDefaults::updateObjectForKey(const std::string& key, const Change& change,
+                                                  Error* error) {
+  auto transaction = begin(error);
+  if (!transaction) {
+    return false;
+  }
+  const Changes changes{{key, change(transaction->objectForKey(key))}};
+  if (!commit(*transaction, changes, error)) {
+    return false;
+  }
+  _pending.erase(key);
+  return true;
+}
+
+const PropertyList::Dictionary& PropertyListUserDefaults::stored() const {
+  if (_isStampTrusted && FileStamp::ofFile(_path) == _stamp) {
+    return _stored;
+  }
+  PropertyListFile file = PropertyListFile::read(_path);
+  _isStampTrusted = file.isStampSettled;
+  _stamp = file.stamp;
+  _stored = file.document.dictionary();
+  return _stored;
+}
+
+std::optional<PropertyListUserDefaults::Transaction> PropertyListUserDefaults::begin(
+    Error* error) const {
+  std::optional<Transaction> transaction;
+  succeeds(error, [&] { transaction.emplace(_path); });
+  return transaction;
+}
+
+bool PropertyListUserDefaults::commit(Transaction& transaction, const Changes& changes,
+                                      Error* error) {
+  return succeeds(error, [&] {
+    for (const auto& [key, value] : changes) {
+      transaction.setObject(value, key);
+    }
+    transaction.commit();
+    _isStampTrusted = false;
+  });
+}
+
+}  // namespace quennel

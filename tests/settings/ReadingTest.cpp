@@ -1,0 +1,318 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <limits>
+
+#include "platform/linux/settings/PropertyListFile.h"
+#include "tests/settings/SettingsTest.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Command.h"
+
+namespace quennel::test {
+namespace {
+
+constexpr const char* pythonValue = R"(
+value = {
+  'templates': [{'title': 'Text <&> é', 'enabled': True, 'executable': False, 'shortcut': b'\x00\xff'}],
+  'count': -5, 'large': 2**64 - 1, 'real': 0.1, 'empty': [], 'none': {}, '': 'empty key',
+  'date': datetime.datetime(2001, 9, 9, 1, 46, 40)}
+)";
+
+const PropertyList expectedValue =
+    Dictionary{{"templates", Array{Dictionary{{"title", "Text <&> é"},
+                                              {"enabled", true},
+                                              {"executable", false},
+                                              {"shortcut", Data{std::string("\0\xFF", 2)}}}}},
+               {"count", -5},
+               {"large", std::numeric_limits<std::uint64_t>::max()},
+               {"real", 0.1},
+               {"empty", Array{}},
+               {"none", Dictionary{}},
+               {"", "empty key"},
+               {"date", PropertyList::Date{std::chrono::seconds(1'000'000'000)}}};
+
+/// A dictionary within dictionaries.
+std::string nestedXML(int depth) {
+  std::string text;
+  for (int level = 0; level < depth; ++level) {
+    text += "<dict><key>k</key>";
+  }
+  text += "<true/>";
+  for (int level = 0; level < depth; ++level) {
+    text += "</dict>";
+  }
+  return xmlFile(text);
+}
+
+class Reading : public SettingsTest {
+ protected:
+  PropertyList contents() const {
+    const auto dictionary = dictionaryWithContentsOfFile(path);
+    return dictionary ? PropertyList(*dictionary) : PropertyList("unreadable");
+  }
+  PropertyList contentsOf(std::string_view bytes) const {
+    writeFile(path, bytes);
+    return contents();
+  }
+};
+
+const PropertyList unreadable = "unreadable";
+
+}  // namespace
+
+TEST_F(Reading, AMissingFileHasNoDictionary) { EXPECT_EQ(contents(), unreadable); }
+
+TEST_F(Reading, AnXMLFileOfPythonIsRead) {
+  askPython(std::string(pythonValue) + "plistlib.dump(value, open(path, 'wb'))", path);
+  EXPECT_EQ(contents(), expectedValue);
+}
+
+TEST_F(Reading, ABinaryFileOfPythonIsRead) {
+  askPython(
+      std::string(pythonValue) + "plistlib.dump(value, open(path, 'wb'), fmt=plistlib.FMT_BINARY)",
+      path);
+  EXPECT_EQ(contents(), expectedValue);
+}
+
+TEST_F(Reading, FilesOfPlistutilAreRead) {
+  if (!hasCommand("plistutil")) {
+    GTEST_SKIP() << "no plistutil: package libplist-utils";
+  }
+  askPython(std::string(pythonValue) + "plistlib.dump(value, open(path, 'wb'))", path);
+  const std::string binary = folder / "binary.plist";
+  ASSERT_EQ(runCommand({"plistutil", "-f", "bin", "-i", path, "-o", binary}).status, 0);
+  EXPECT_TRUE(readFile(binary).starts_with("bplist00"));
+  EXPECT_EQ(contentsOf(readFile(binary)), expectedValue);
+  ASSERT_EQ(runCommand({"plistutil", "-f", "xml", "-i", binary, "-o", path}).status, 0);
+  EXPECT_EQ(contents(), expectedValue);
+}
+
+TEST_F(Reading, CommentsSectionsAndEntitiesAreUnderstood) {
+  EXPECT_EQ(contentsOf(xmlFile("<!-- <dict> --><dict><?x <array>?>"
+                               "<key>a&amp;<![CDATA[<b>]]>&#233;</key>"
+                               "<string>x<!--</string>-->y&lt;</string></dict>")),
+            PropertyList(Dictionary{{"a&<b>é", "xy<"}}));
+}
+
+TEST_F(Reading, AByteOrderMarkAndSingleQuotesAreUnderstood) {
+  EXPECT_EQ(contentsOf("\xEF\xBB\xBF<?xml version='1.0'?><plist version='1.0'><dict>"
+                       "<key>a</key><true/></dict></plist>"),
+            PropertyList(Dictionary{{"a", true}}));
+}
+
+TEST_F(Reading, TheLastOfSeveralEntriesUnderOneKeyCounts) {
+  EXPECT_EQ(contentsOf(xmlFile("<dict><key>a</key><true/><key>a</key><false/></dict>")),
+            PropertyList(Dictionary{{"a", false}}));
+}
+
+TEST_F(Reading, WhatIsNoDictionaryIsUnreadable) {
+  EXPECT_EQ(contentsOf(""), unreadable);
+  EXPECT_EQ(contentsOf("garbage"), unreadable);
+  EXPECT_EQ(contentsOf(std::string(1000, '\0')), unreadable);
+  EXPECT_EQ(contentsOf("bplist00"), unreadable);
+  EXPECT_EQ(contentsOf(xmlFile("")), unreadable);
+  EXPECT_EQ(contentsOf(xmlFile("<array/>")), unreadable);
+  EXPECT_EQ(contentsOf(xmlFile("<string>x</string>")), unreadable);
+  EXPECT_EQ(contentsOf("<dict/>"), unreadable);
+  EXPECT_EQ(contentsOf(xmlFile("<dict/><dict/>")), unreadable);
+  EXPECT_EQ(contentsOf("{\"a\": 1}"), unreadable);
+}
+
+TEST_F(Reading, XMLThatIsNotWellFormedIsUnreadable) {
+  for (const char* text :
+       {"<dict><key>a</key></dict>", "<dict><true/></dict>", "<dict><key>a</key><true/>",
+        "<dict><key>a</key><array></dict></array>", "<dict><key>a</key><true/></array>",
+        "<dict><key>a</key><string>&bogus;</string></dict>", "<dict><!-- </dict>", "</dict>",
+        "<dict a='></dict>", "<dict><key>a</key><string>\xFF</string></dict>",
+        "<dict><![CDATA[ <array> ]]></dict>", "<dict><></dict>", "<dict><key>a</key><true/",
+        "<!["}) {
+    EXPECT_EQ(contentsOf(xmlFile(text)), unreadable) << text;
+  }
+}
+
+TEST_F(Reading, ADocumentTypeWithDeclarationsOfItsOwnIsUnreadable) {
+  EXPECT_EQ(contentsOf("<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><dict/></plist>"), unreadable);
+  EXPECT_EQ(contentsOf("<!DOCTYPE plist \"x>y\"><plist><dict/></plist>"), unreadable);
+}
+
+TEST_F(Reading, NoTruncatedXMLFileIsReadable) {
+  askPython(std::string(pythonValue) + "plistlib.dump(value, open(path, 'wb'))", path);
+  const std::string whole = readFile(path);
+  const std::size_t end = whole.rfind("</plist>") + 8;
+  for (std::size_t length = 0; length < end; ++length) {
+    ASSERT_FALSE(PropertyListDocument::create(whole.substr(0, length))) << length;
+  }
+}
+
+TEST_F(Reading, NoTruncatedBinaryFileIsReadable) {
+  askPython(
+      std::string(pythonValue) + "plistlib.dump(value, open(path, 'wb'), fmt=plistlib.FMT_BINARY)",
+      path);
+  const std::string whole = readFile(path);
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    ASSERT_FALSE(PropertyListDocument::create(whole.substr(0, length))) << length;
+  }
+}
+
+TEST_F(Reading, ADamagedFileNeverCrashes) {
+  askPython(
+      std::string(pythonValue) + "plistlib.dump(value, open(path, 'wb'), fmt=plistlib.FMT_BINARY)",
+      path);
+  const std::string whole = readFile(path);
+  int readable = 0;
+  for (std::size_t place = 0; place < whole.size(); ++place) {
+    for (const char byte : {'\x00', '\x7F', '\xFF', '\xD3', '\xA1'}) {
+      std::string damaged = whole;
+      damaged[place] = byte;
+      readable += PropertyListDocument::create(damaged) ? 1 : 0;
+    }
+  }
+  EXPECT_GT(readable, 0);
+}
+
+TEST_F(Reading, DepthIsLimited) {
+  EXPECT_NE(contentsOf(nestedXML(100)), unreadable);
+  EXPECT_EQ(contentsOf(nestedXML(200)), unreadable);
+  EXPECT_EQ(contentsOf(nestedXML(200'000)), unreadable);
+}
+
+TEST_F(Reading, DepthCannotBeHiddenFromTheCheck) {
+  for (const std::string& closing : std::vector<std::string>{
+           "<x a=\"</array>\"/>", "<!-- </array> -->", "<?x </array>?>", "<!x '></array>'>"}) {
+    std::string text;
+    for (int level = 0; level < 1000; ++level) {
+      text += "<array>" + closing;
+    }
+    EXPECT_EQ(contentsOf(xmlFile("<dict><key>a</key>" + text + "<true/></dict>")), unreadable)
+        << closing;
+  }
+}
+
+TEST_F(Reading, SizeIsLimited) {
+  EXPECT_EQ(contentsOf(xmlFile("<dict/>" + std::string(17 << 20, ' '))), unreadable);
+  EXPECT_NE(contentsOf(xmlFile("<dict/>" + std::string(1 << 20, ' '))), unreadable);
+}
+
+TEST_F(Reading, AMillionValuesAreTooMany) {
+  std::string values;
+  for (int count = 0; count < 1'000'000; ++count) {
+    values += "<true/>";
+  }
+  EXPECT_EQ(contentsOf(xmlFile("<dict><key>a</key><array>" + values + "</array></dict>")),
+            unreadable);
+}
+
+// Each list holds the next one ten times: a thousand bytes that stand for 10^40 values.
+TEST_F(Reading, ABinaryFileThatUnfoldsWithoutEndIsUnreadable) {
+  askPython(R"(
+value = {'a': 1}
+shared = []
+for level in range(40):
+  shared = [shared] * 10
+value['list'] = shared
+import struct
+objects = [b'\xd1\x01\x02', b'\x51a'] + [b'\xaa' + bytes([3 + i]) * 10 for i in range(40)] + [b'\xa0']
+data = b'bplist00'
+offsets = []
+for item in objects:
+  offsets.append(len(data))
+  data += item
+table = len(data)
+data += b''.join(struct.pack('>H', offset) for offset in offsets)
+data += struct.pack('>6xBBQQQ', 2, 1, len(objects), 0, table)
+open(path, 'wb').write(data)
+)",
+            path);
+  EXPECT_LT(readFile(path).size(), 1000U);
+  EXPECT_EQ(contents(), unreadable);
+}
+
+TEST_F(Reading, ABinaryFileWhoseObjectHoldsItselfIsUnreadable) {
+  askPython(R"(
+import struct
+data = b'bplist00' + b'\xd1\x01\x02' + b'\x51a' + b'\xa1\x02'
+table = len(data)
+data += bytes([8, 11, 13]) + struct.pack('>6xBBQQQ', 1, 1, 3, 0, table)
+open(path, 'wb').write(data)
+)",
+            path);
+  EXPECT_EQ(contents(), unreadable);
+}
+
+TEST_F(Reading, AFolderAndAPipeAreUnreadableAtOnce) {
+  ASSERT_EQ(mkdir(path.c_str(), 0700), 0);
+  EXPECT_EQ(contents(), unreadable);
+  ASSERT_EQ(rmdir(path.c_str()), 0);
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(contents(), unreadable);
+}
+
+TEST_F(Reading, NumbersHaveAPointInEveryLocale) {
+  if (!hasCommand("localedef") ||
+      runCommand({"localedef", "-i", "de_DE", "-f", "UTF-8", folder / "de_DE.UTF-8"}).status > 1) {
+    GTEST_SKIP() << "no German locale can be made: package locales";
+  }
+  writeFile(path, xmlFile("<dict><key>real</key><real>0.5</real></dict>"));
+  const std::string answer = inChildProcess([&] {
+    setenv("LOCPATH", folder.path().c_str(), 1);
+    if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) {
+      return std::string("no locale");
+    }
+    defaults.setObject(0.25, "written");
+    return defaults.synchronize() ? contents().description() : std::string("not stored");
+  });
+  EXPECT_EQ(answer, "{real: 0.5, written: 0.25}");
+  EXPECT_NE(readFile(path).find("<real>0.25</real>"), std::string::npos);
+}
+
+TEST_F(Reading, AChangeOfTheFileShowsAtTheNextRead) {
+  writeFile(path, xmlFile("<dict><key>a</key><integer>1</integer></dict>"));
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList(1));
+  for (int value = 2; value < 200; ++value) {
+    // Rewritten in place, with the same size and often within one tick of the clock.
+    writeFile(path, xmlFile("<dict><key>a</key><integer>" + std::to_string(value % 10) +
+                            "</integer></dict>"));
+    ASSERT_EQ(defaults.objectForKey("a"), PropertyList(value % 10));
+  }
+}
+
+TEST_F(Reading, GarbageInTheFileShowsAsEmptyUntilItIsRepaired) {
+  defaults.registerDefaults({{"a", "default"}});
+  const std::string good = xmlFile("<dict><key>a</key><string>stored</string></dict>");
+  writeFile(path, good);
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("stored"));
+  writeFile(path, "garbage");
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
+  writeFile(path, good.substr(0, good.size() / 2));
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
+  writeFile(path, good);
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("stored"));
+  ASSERT_EQ(unlink(path.c_str()), 0);
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
+}
+
+TEST_F(Reading, TheStampOfAFileThatHasJustChangedIsNotTrusted) {
+  writeFile(path, xmlFile("<dict/>"));
+  EXPECT_FALSE(PropertyListFile::read(path).isStampSettled);
+  FileStamp old;
+  old.changeTime = 1'000'000'000;
+  EXPECT_TRUE(old.isSettled());
+}
+
+TEST(SettingsPath, IsInTheConfigurationFolder) {
+  const auto pathWith = [](const char* config, const char* home) {
+    return inChildProcess([&] {
+      setenv("XDG_CONFIG_HOME", config, 1);
+      setenv("HOME", home, 1);
+      return PropertyListUserDefaults::pathForDomain("some.domain");
+    });
+  };
+  EXPECT_EQ(pathWith("/config", "/home/me"), "/config/some.domain.plist");
+  EXPECT_EQ(pathWith("", "/home/me"), "/home/me/.config/some.domain.plist");
+  EXPECT_EQ(pathWith("relative", "/home/me"), "/home/me/.config/some.domain.plist");
+  EXPECT_TRUE(pathWith("", "").ends_with("/.config/some.domain.plist"));
+}
+
+}  // namespace quennel::test
