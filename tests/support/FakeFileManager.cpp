@@ -73,7 +73,7 @@ FakeFileManager::NodePointer FakeFileManager::copyOf(const Node& node) const {
 // What the path leads to, links on the way followed, the last one only if wanted.
 FakeFileManager::NodePointer FakeFileManager::nodeAt(const std::string& path, bool followLast,
                                                      int depth) const {
-  NodePointer node = _root;
+  NodePointer node = path.starts_with('/') ? _root : nullptr;
   const auto components = componentsOf(path);
   for (std::size_t index = 0; node && index < components.size(); ++index) {
     const auto child = node->children.find(components[index]);
@@ -168,7 +168,7 @@ bool FakeFileManager::isProtected(const std::string& path) const {
 std::optional<FileManager::ItemKind> FakeFileManager::itemKindAtPath(
     const std::string& path) const {
   begin("itemKindAtPath");
-  const auto node = path.empty() ? nullptr : nodeAt(path);
+  const auto node = nodeAt(path);
   if (!node) {
     return std::nullopt;
   }
@@ -353,6 +353,7 @@ bool FakeFileManager::setAttributes(const FileAttributes& attributes,
 
 bool FakeFileManager::isWritableFileAtPath(const std::string& path) const {
   begin("isWritableFileAtPath");
+  askedWritable.push_back(path);
   constexpr std::uint16_t ownerMayWrite = 0200;
   const auto node = nodeAt(path);
   return node && !isProtected(path) && (*node->attributes.posixPermissions & ownerMayWrite);

@@ -36,6 +36,8 @@ class FakeFileManager : public FileManager {
   std::vector<std::string> calls;
   /// How often each operation was called, by its name; the reading ones too.
   mutable std::map<std::string, int, std::less<>> callCounts;
+  /// The paths that `isWritableFileAtPath` was asked about.
+  mutable std::vector<std::string> askedWritable;
 
   /// Lets the next call of the operation fail, or the one after so many that are let through.
   void failNext(const std::string& operation, Error error = {5, "Input/output error"},

@@ -15,6 +15,8 @@ namespace quennel {
 
 namespace {
 
+using Step = FileFailure::Step;
+
 // Plain reads and writes of this size beat copy_file_range on a local filesystem.
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 // Files below this are copied through the stack.
@@ -31,17 +33,19 @@ off_t seek(int file, off_t position, int whence, FileFailure::Step step) {
   return result;
 }
 
-// Reads and writes until the source ends. A read that does not fill the buffer has met the end,
-// unless the file was to be longer.
-void copyThrough(std::span<char> buffer, int source, off_t expectedSize, int copy) {
+// Copies `size` bytes from where the source stands, fewer when it ends before. A size of 0 is that
+// of an empty file, or of one whose filesystem does not know: it is read to its end.
+void copyThrough(std::span<char> buffer, int source, off_t size, int copy) {
   off_t copied = 0;
-  for (;;) {
-    const std::size_t count = readSome(source, buffer);
-    writeAll(copy, {buffer.data(), count});
-    copied += static_cast<off_t>(count);
-    if (count == 0 || (count < buffer.size() && copied == expectedSize)) {
+  while (size == 0 || copied < size) {
+    const off_t left = size == 0 ? static_cast<off_t>(buffer.size()) : size - copied;
+    const std::size_t count =
+        readSome(source, buffer.first(std::min(buffer.size(), static_cast<std::size_t>(left))));
+    if (count == 0) {
       return;
     }
+    writeAll(copy, {buffer.data(), count});
+    copied += static_cast<off_t>(count);
   }
 }
 
@@ -54,7 +58,7 @@ std::size_t readSome(int file, std::span<char> buffer) {
       return static_cast<std::size_t>(count);
     }
     if (errno != EINTR) {
-      throw FileFailure(errno, FileFailure::Step::Reading);
+      throw FileFailure(errno, Step::Reading);
     }
   }
 }
@@ -65,7 +69,7 @@ void writeAll(int file, std::string_view bytes) {
     if (count >= 0) {
       bytes.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
-      throw FileFailure(errno, FileFailure::Step::Writing);
+      throw FileFailure(errno, Step::Writing);
     }
   }
 }
@@ -82,7 +86,7 @@ FileDescriptor FileCopier::openSource(int folder, const char* name, int flags) {
     source = FileDescriptor(::openat(folder, name, flags));
   }
   if (!source) {
-    throw FileFailure(errno, FileFailure::Step::Opening);
+    throw FileFailure(errno, Step::Opening);
   }
   return source;
 }
@@ -94,7 +98,7 @@ void FileCopier::copyContents(int source, const struct stat& status, int copy) {
   constexpr off_t blockUnit = 512;
   const bool mayHaveHoles = status.st_blocks * blockUnit < status.st_size;
   if (mayHaveHoles && status.st_size >= smallestClone) {
-    copyAroundHoles(source, copy);
+    copyAroundHoles(source, status.st_size, copy);
   } else {
     copyBytes(source, status.st_size, copy);
   }
@@ -113,45 +117,33 @@ bool FileCopier::clone(int source, const struct stat& status, int copy) {
   return false;
 }
 
-void FileCopier::copyBytes(int source, off_t expectedSize, int copy) {
-  if (expectedSize < static_cast<off_t>(smallSize)) {
+void FileCopier::copyBytes(int source, off_t size, int copy) {
+  if (size <= static_cast<off_t>(smallSize)) {
     std::array<char, smallSize> small;
-    copyThrough(small, source, expectedSize, copy);
+    copyThrough(small, source, size, copy);
   } else {
-    copyThrough(buffer(), source, expectedSize, copy);
+    copyThrough(buffer(), source, size, copy);
   }
 }
 
-void FileCopier::copyAroundHoles(int source, int copy) {
+void FileCopier::copyAroundHoles(int source, off_t size, int copy) {
   off_t position = 0;
-  for (;;) {
+  while (position < size) {
     const off_t data = ::lseek(source, position, SEEK_DATA);
-    if (data < 0 && errno == ENXIO) {
+    if (data < 0 && errno != ENXIO) {
+      throw FileFailure(errno, Step::Reading);
+    }
+    if (data < 0 || data >= size) {
       break;
     }
-    if (data < 0) {
-      throw FileFailure(errno, FileFailure::Step::Reading);
-    }
-    position = seek(source, data, SEEK_HOLE, FileFailure::Step::Reading);
-    copyRange(source, data, position, copy);
+    position = std::min(seek(source, data, SEEK_HOLE, Step::Reading), size);
+    seek(source, data, SEEK_SET, Step::Reading);
+    seek(copy, data, SEEK_SET, Step::Writing);
+    copyBytes(source, position - data, copy);
   }
-  const off_t size = seek(source, 0, SEEK_END, FileFailure::Step::Reading);
-  if (::ftruncate(copy, size) != 0) {
-    throw FileFailure(errno, FileFailure::Step::Writing);
-  }
-}
-
-void FileCopier::copyRange(int source, off_t start, off_t end, int copy) {
-  seek(source, start, SEEK_SET, FileFailure::Step::Reading);
-  seek(copy, start, SEEK_SET, FileFailure::Step::Writing);
-  while (start < end) {
-    const std::size_t wanted = std::min(bufferSize, static_cast<std::size_t>(end - start));
-    const std::size_t count = readSome(source, buffer().first(wanted));
-    if (count == 0) {
-      return;
-    }
-    writeAll(copy, {buffer().data(), count});
-    start += static_cast<off_t>(count);
+  const off_t end = std::min(seek(source, 0, SEEK_END, Step::Reading), size);
+  if (::ftruncate(copy, end) != 0) {
+    throw FileFailure(errno, Step::Writing);
   }
 }
 

@@ -26,15 +26,14 @@ class FileCopier {
   FileDescriptor openSource(int folder, const char* name, int flags);
 
   /// Fills the empty file `copy` with what the file `source`, of that status, holds: by sharing
-  /// blocks where the filesystem can, else byte by byte, holes kept. The copy ends where the source
-  /// ends at that moment.
+  /// blocks where the filesystem can, else byte by byte, holes kept. What the
+  /// source gains meanwhile is left out.
   void copyContents(int source, const struct stat& status, int copy);
 
  private:
   bool clone(int source, const struct stat& status, int copy);
-  void copyBytes(int source, off_t expectedSize, int copy);
-  void copyAroundHoles(int source, int copy);
-  void copyRange(int source, off_t start, off_t end, int copy);
+  void copyBytes(int source, off_t size, int copy);
+  void copyAroundHoles(int source, off_t size, int copy);
   std::span<char> buffer();
 
   bool _canClone = true;
