@@ -1,9 +1,11 @@
 #include "platform/values/PropertyList.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <concepts>
+#include <cstddef>
 #include <ctime>
 #include <limits>
 #include <string_view>
@@ -112,17 +114,34 @@ bool isControl(char character) {
   return byte < 0x20 || byte == 0x7F;
 }
 
+/// How many bytes at the start of `text` a line must not show as they are: control characters,
+/// those above ASCII (U+0080 to U+009F) too, and bytes that are no text at all.
+std::size_t lengthToEscape(std::string_view text, bool isText) {
+  if (isControl(text[0])) {
+    return 1;
+  }
+  const bool isHighControl =
+      text.size() > 1 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0;
+  if (isText && isHighControl) {
+    return 2;
+  }
+  return !isText && static_cast<unsigned char>(text[0]) >= 0x80 ? 1 : 0;
+}
+
 /// What stands on one line for `text`; a `quote` is put around it, and escaped inside it.
-std::string described(const std::string& text, std::string_view quote = {}) {
+std::string described(std::string_view text, std::string_view quote = {}) {
+  const bool isText = isValidUTF8(text);
   std::string line(quote);
-  for (const char character : text) {
-    if (isControl(character)) {
-      line += escaped(character);
-    } else if (!quote.empty() && (character == '"' || character == '\\')) {
-      line += {'\\', character};
-    } else {
-      line += character;
+  while (!text.empty()) {
+    const std::size_t length = lengthToEscape(text, isText);
+    for (const char byte : text.substr(0, length)) {
+      line += escaped(byte);
     }
+    if (length == 0) {
+      const bool isSpecial = !quote.empty() && (text[0] == '"' || text[0] == '\\');
+      line.append(isSpecial ? "\\" : "").push_back(text[0]);
+    }
+    text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return line.append(quote);
 }

@@ -172,6 +172,12 @@ TEST(PropertyList, DescriptionOfContainersIsOneLineWithQuotedTexts) {
 
 TEST(PropertyList, DescriptionNeverLetsControlCharactersThrough) {
   EXPECT_EQ(PropertyList("a\n\t\r\x1B[2J\x7F").description(), "a\\n\\t\\r\\x1b[2J\\x7f");
+  EXPECT_EQ(PropertyList("é\xC2\x9B\xC2\xA0").description(), "é\\xc2\\x9b\xC2\xA0");
+}
+
+TEST(PropertyList, DescriptionShowsBytesThatAreNotUTF8AsEscapes) {
+  EXPECT_EQ(PropertyList("caf\xE9").description(), "caf\\xe9");
+  EXPECT_EQ(PropertyList(Array{"\xC2\x9B\xFF"}).description(), "[\"\\xc2\\x9b\\xff\"]");
 }
 
 }  // namespace quennel::test
