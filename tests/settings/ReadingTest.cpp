@@ -8,7 +8,7 @@
 #include "platform/linux/settings/PropertyListFile.h"
 #include "tests/settings/SettingsTest.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/Command.h"
+#include "tests/support/Process.h"
 
 namespace quennel::test {
 namespace {
@@ -77,15 +77,15 @@ TEST_F(Reading, ABinaryFileOfPythonIsRead) {
 }
 
 TEST_F(Reading, FilesOfPlistutilAreRead) {
-  if (!hasCommand("plistutil")) {
+  if (!isInstalled("plistutil")) {
     GTEST_SKIP() << "no plistutil: package libplist-utils";
   }
   askPython(std::string(pythonValue) + "plistlib.dump(value, open(path, 'wb'))", path);
   const std::string binary = folder / "binary.plist";
-  ASSERT_EQ(runCommand({"plistutil", "-f", "bin", "-i", path, "-o", binary}).status, 0);
+  ASSERT_EQ(Process({"plistutil", "-f", "bin", "-i", path, "-o", binary}).wait(), 0);
   EXPECT_TRUE(readFile(binary).starts_with("bplist00"));
   EXPECT_EQ(contentsOf(readFile(binary)), expectedValue);
-  ASSERT_EQ(runCommand({"plistutil", "-f", "xml", "-i", binary, "-o", path}).status, 0);
+  ASSERT_EQ(Process({"plistutil", "-f", "xml", "-i", binary, "-o", path}).wait(), 0);
   EXPECT_EQ(contents(), expectedValue);
 }
 
@@ -250,8 +250,8 @@ TEST_F(Reading, AFolderAndAPipeAreUnreadableAtOnce) {
 }
 
 TEST_F(Reading, NumbersHaveAPointInEveryLocale) {
-  if (!hasCommand("localedef") ||
-      runCommand({"localedef", "-i", "de_DE", "-f", "UTF-8", folder / "de_DE.UTF-8"}).status > 1) {
+  if (!isInstalled("localedef") ||
+      Process({"localedef", "-i", "de_DE", "-f", "UTF-8", folder / "de_DE.UTF-8"}).wait() > 1) {
     GTEST_SKIP() << "no German locale can be made: package locales";
   }
   writeFile(path, xmlFile("<dict><key>real</key><real>0.5</real></dict>"));

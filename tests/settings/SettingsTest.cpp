@@ -4,7 +4,7 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "tests/support/Command.h"
+#include "tests/support/Process.h"
 
 namespace quennel::test {
 
@@ -27,11 +27,11 @@ std::string xmlFile(std::string_view contents) {
 
 std::string askPython(const std::string& script, const std::string& path) {
   const std::string program = "import plistlib, datetime, sys\npath = sys.argv[1]\n" + script;
-  const CommandResult result = runCommand({"python3", "-c", program, path});
-  if (result.status != 0) {
-    throw std::runtime_error(result.errors);
+  Process python({"python3", "-c", program, path});
+  if (python.wait() != 0) {
+    throw std::runtime_error(python.errorOutput());
   }
-  return result.output;
+  return python.output();
 }
 
 }  // namespace quennel::test

@@ -3,10 +3,10 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/settings/BinaryPropertyList.h"
+#include "platform/linux/settings/BinaryForm.h"
 #include "platform/linux/settings/PropertyListLimits.h"
 #include "platform/linux/settings/PropertyListNode.h"
-#include "platform/linux/settings/XMLPropertyList.h"
+#include "platform/linux/settings/XMLForm.h"
 
 namespace quennel {
 namespace {
@@ -30,7 +30,7 @@ PropertyListNode parsed(std::string_view bytes) {
   if (bytes.starts_with(byteOrderMark)) {
     bytes.remove_prefix(byteOrderMark.size());
   }
-  return XMLPropertyListOutline::create(bytes) ? nodeOfXML(bytes) : nullptr;
+  return XMLOutline::create(bytes) ? nodeOfXML(bytes) : nullptr;
 }
 
 PropertyList::Dictionary without(const std::string& key, PropertyList::Dictionary dictionary) {

@@ -39,8 +39,8 @@ void setEntryOfNode(plist_t dictionary, const std::string& key, const PropertyLi
 /// A dictionary with this entry alone.
 PropertyListNode nodeOfEntry(const std::string& key, const PropertyList& value);
 
-/// Null when the bytes cannot be parsed. They must have passed the checks of XMLPropertyList.h or
-/// BinaryPropertyList.h.
+/// Null when the bytes cannot be parsed. They must have passed the checks of XMLForm.h or
+/// BinaryForm.h.
 PropertyListNode nodeOfXML(std::string_view bytes);
 PropertyListNode nodeOfBinary(std::string_view bytes);
 

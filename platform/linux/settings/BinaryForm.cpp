@@ -1,4 +1,4 @@
-#include "platform/linux/settings/BinaryPropertyList.h"
+#include "platform/linux/settings/BinaryForm.h"
 
 #include <algorithm>
 #include <cstdint>

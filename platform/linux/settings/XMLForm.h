@@ -13,7 +13,7 @@ namespace quennel {
 /// Where the entries of the top dictionary stand in the text of an XML property list. Finding them
 /// also makes sure, before the parser sees the text, that it is well formed and within the limits
 /// (PropertyListLimits.h).
-struct XMLPropertyListOutline {
+struct XMLOutline {
   struct Entry {
     /// From the start of the key's opening tag to behind the value's closing tag.
     std::size_t start = 0;
@@ -22,7 +22,7 @@ struct XMLPropertyListOutline {
   };
 
   /// Nothing when the text is no property list whose top value is a dictionary.
-  static std::optional<XMLPropertyListOutline> create(std::string_view text);
+  static std::optional<XMLOutline> create(std::string_view text);
 
   /// The dictionary's opening tag, which may be "<dict/>".
   std::size_t start = 0;

@@ -1,4 +1,4 @@
-#include "platform/linux/settings/XMLPropertyList.h"
+#include "platform/linux/settings/XMLForm.h"
 
 #include <algorithm>
 #include <ranges>
@@ -28,7 +28,7 @@ class OutlineBuilder {
  public:
   explicit OutlineBuilder(std::string_view text) : _text(text) {}
 
-  std::optional<XMLPropertyListOutline> build() {
+  std::optional<XMLOutline> build() {
     XMLScanner scanner(_text);
     while (const auto tag = scanner.next()) {
       if (!take(*tag)) {
@@ -117,8 +117,8 @@ class OutlineBuilder {
   }
 
   std::string_view _text;
-  XMLPropertyListOutline _outline;
-  XMLPropertyListOutline::Entry _entry;
+  XMLOutline _outline;
+  XMLOutline::Entry _entry;
   std::vector<std::string_view> _open;
   std::size_t _keyStart = 0;
   std::size_t _count = 0;
@@ -148,12 +148,12 @@ std::string markupOfEntry(const std::string& key, const PropertyList& value) {
 }
 
 /// Removes the entry and the white space before it.
-void removeEntry(std::string& text, const XMLPropertyListOutline::Entry& entry) {
+void removeEntry(std::string& text, const XMLOutline::Entry& entry) {
   const std::size_t last = text.find_last_not_of(" \t\r\n", entry.start - 1);
   text.erase(last + 1, entry.end - (last + 1));
 }
 
-void addEntry(std::string& text, const XMLPropertyListOutline& outline, const std::string& markup) {
+void addEntry(std::string& text, const XMLOutline& outline, const std::string& markup) {
   if (outline.isEmptyTag(text)) {
     text.replace(outline.start, outline.contentsStart - outline.start,
                  "<dict>\n\t" + markup + "\n</dict>");
@@ -166,14 +166,14 @@ void addEntry(std::string& text, const XMLPropertyListOutline& outline, const st
 
 }  // namespace
 
-std::optional<XMLPropertyListOutline> XMLPropertyListOutline::create(std::string_view text) {
+std::optional<XMLOutline> XMLOutline::create(std::string_view text) {
   // Other encodings are not understood, whatever the declaration says.
   return isValidUTF8(text) ? OutlineBuilder(text).build() : std::nullopt;
 }
 
 std::string settingXMLEntry(std::string text, const std::string& key,
                             const std::optional<PropertyList>& value) {
-  const auto outline = XMLPropertyListOutline::create(text);
+  const auto outline = XMLOutline::create(text);
   if (!outline) {
     throw PropertyListError("The file is not a property list.");
   }
