@@ -1,12 +1,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quennel {
 
-/// The desktop around the helper: file managers and other applications. Main thread only; nothing
-/// waits for another program.
+/// The desktop around the helper: file managers and other applications. Main thread only, where an
+/// operation does not say otherwise; nothing waits for another program.
 class Workspace {
  public:
   virtual ~Workspace() = default;
@@ -18,6 +19,10 @@ class Workspace {
   /// Opens the file or folder at `path` with its default application. False when the opener could
   /// not even be started.
   virtual bool openFile(const std::string& path) = 0;
+
+  /// Tells the file manager that the item at `path` changed. Any thread. The file managers of this
+  /// desktop watch for themselves, so there is nobody to tell.
+  virtual void noteFileSystemChanged(std::string_view path) { static_cast<void>(path); }
 };
 
 }  // namespace quennel
