@@ -1,0 +1,100 @@
+#include <fstream>
+#include <limits>
+#include <string>
+#include <unordered_set>
+#include <utility>
+
+#include "platform/linux/watch/VnodeTable.h"
+
+namespace quennel {
+
+namespace {
+
+using MountNumbers = std::unordered_set<std::uint32_t>;
+
+/// What is mounted now, by the numbers that stand first in the lines of the mount table.
+MountNumbers currentMounts() {
+  MountNumbers numbers;
+  std::ifstream table("/proc/self/mountinfo");
+  for (std::uint32_t number = 0; table >> number;) {
+    numbers.insert(number);
+    table.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  }
+  return numbers;
+}
+
+bool isMounted(const FileState& state, const MountNumbers& mounts) {
+  return state.mount == 0 || mounts.empty() || mounts.contains(state.mount);
+}
+
+/// What lies between the last look at the object and this one. `wasInSight` is false when it was
+/// renamed since, which dates its attributes anew.
+std::uint32_t missedChanges(Vnode& watched, const FileState& state, bool wasInSight) {
+  FileState before = std::exchange(watched.state, state);
+  if (!wasInSight) {
+    before.attributeChange = state.attributeChange;
+  }
+  return notesBetween(before, state);
+}
+
+}  // namespace
+
+void VnodeTable::updateMounts() {
+  const auto mounts = currentMounts();
+  for (int descriptor = 0; descriptor < count(); ++descriptor) {
+    if (vnode(descriptor).wanted & NOTE_REVOKE && !isMounted(vnode(descriptor).state, mounts)) {
+      post(descriptor, volumeRemoved(descriptor));
+    }
+  }
+}
+
+/// The kernel had no room for its events. What happened shows in the objects themselves.
+void VnodeTable::lookAtEverything() {
+  std::vector<int> vanished;
+  for (int descriptor = 0; descriptor < count(); ++descriptor) {
+    if (!isOpen(descriptor)) {
+      continue;
+    }
+    Vnode& watched = vnode(descriptor);
+    const bool wasInSight = watched.isInSight;
+    if (const auto state = _whereabouts.look(descriptor)) {
+      post(descriptor, missedChanges(watched, *state, wasInSight));
+    } else if (wasInSight) {
+      vanished.push_back(descriptor);
+    }
+  }
+  if (!vanished.empty()) {
+    explainDisappearance(vanished);
+  }
+}
+
+/// The kernel has ended the watches of objects that are no more; all others have other names now.
+void VnodeTable::explainDisappearance(const std::vector<int>& descriptors) {
+  const auto mounts = currentMounts();
+  const auto live = _watches.inotify().liveWatches();
+  std::vector<int> moved;
+  for (const int descriptor : descriptors) {
+    if (!live || live->contains(vnode(descriptor).watch)) {
+      handleRename(descriptor);
+      moved.push_back(descriptor);
+    } else {
+      post(descriptor, isMounted(vnode(descriptor).state, mounts) ? objectRemoved(descriptor)
+                                                                  : volumeRemoved(descriptor));
+    }
+  }
+  for (const int descriptor : moved) {
+    handleMissedRename(descriptor);
+  }
+}
+
+void VnodeTable::handleMissedRename(int descriptor) {
+  if (const auto state = _whereabouts.look(descriptor)) {
+    post(descriptor, NOTE_RENAME | missedChanges(vnode(descriptor), *state, false));
+  } else {
+    // Moved elsewhere, or unlinked while another program or another name keeps it alive: nothing
+    // shows which.
+    post(descriptor, NOTE_RENAME | NOTE_DELETE | NOTE_LINK);
+  }
+}
+
+}  // namespace quennel
