@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <system_error>
 #include <utility>
 
@@ -85,14 +86,22 @@ void EventRunLoop::enqueue(Clock::time_point due, Work work) {
 }
 
 void EventRunLoop::run() {
+  runUntil([] { return false; });
+}
+
+bool EventRunLoop::runUntil(const std::function<bool()>& condition) {
   while (!_terminating) {
     wakeUp();
     runDueWork();
     goToSleep();
+    if (condition()) {
+      return true;
+    }
     if (!_terminating) {
       dispatchEvent(Wait::UntilEvent);
     }
   }
+  return condition();
 }
 
 bool EventRunLoop::serve() {

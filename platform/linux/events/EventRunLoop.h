@@ -4,7 +4,7 @@
 
 #include <array>
 #include <chrono>
-#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -37,6 +37,11 @@ class EventRunLoop final : public RunLoop {
 
   /// For the adapters: where they add their event sources. Owned by the run loop.
   sd_event* handle() const { return _event.get(); }
+
+  /// For adapters that have to wait for an answer before `run`, or inside work: serves the queue
+  /// until `condition` holds, which is looked at after each event. False when it does not hold
+  /// because the loop is terminating.
+  bool runUntil(const std::function<bool()>& condition);
 
   void dispatchAsync(Work work) override;
   void dispatchAfter(std::chrono::nanoseconds delay, Work work) override;
