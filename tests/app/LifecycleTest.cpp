@@ -1,0 +1,185 @@
+#include "tests/support/AppDelegateTest.h"
+
+namespace quennel::test {
+namespace {
+
+using Lifecycle = AppDelegateTest;
+
+constexpr const char* helperName = "net.brellow.QuennelHelper";
+
+TEST_F(Lifecycle, WithNothingToDoTheHelperLeavesElevenSecondsAfterLaunch) {
+  launch();
+  fakes.runLoop.advance(10'999ms);
+  EXPECT_FALSE(terminated());
+  fakes.runLoop.advance(1ms);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, AUserWhoWantsItInTheBackgroundKeepsTheHelperForever) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launch();
+  open("quennel:///d?0");
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Lifecycle, TheLaunchCheckDoesNotReadRunInBackgroundAgain) {
+  launch();
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  fakes.runLoop.advance(11s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, TheLaunchCheckDoesNotLookAtOpenPanels) {
+  launch().setPanelCount(1);
+  fakes.runLoop.advance(11s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, AUrlDisablesTheLaunchCheckForGood) {
+  launch();
+  delegate->setPanelCount(1);
+  fakes.runLoop.advance(5s);
+  open("quennel:///d?0");
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Lifecycle, TheHelperLeavesElevenSecondsAfterARequest) {
+  launch();
+  fakes.runLoop.advance(5s);
+  open("quennel:///d?0");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  fakes.runLoop.advance(10'999ms);
+  EXPECT_FALSE(terminated());
+  fakes.runLoop.advance(1ms);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, AnOpenPanelSparesTheHelperAtTheRequestCheck) {
+  launch();
+  open("quennel:///d?0");
+  delegate->setPanelCount(1);
+  fakes.runLoop.advance(11s);
+  delegate->setPanelCount(0);
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated()) << "the check is not armed again when the panel closes";
+}
+
+TEST_F(Lifecycle, ANegativePanelCountDoesNotSpareTheHelper) {
+  launch();
+  open("quennel:///d?0");
+  delegate->setPanelCount(-1);
+  fakes.runLoop.advance(11s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, EveryRequestArmsACheckOfItsOwn) {
+  launch();
+  delegate->setPanelCount(1);
+  open("quennel:///d?0");
+  fakes.runLoop.advance(5s);
+  open("quennel:///d?0");
+  fakes.runLoop.advance(6s);
+  EXPECT_FALSE(terminated());
+  delegate->setPanelCount(0);
+  fakes.runLoop.advance(5s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, ALaterRequestDoesNotPutOffTheCheckOfAnEarlierOne) {
+  launch();
+  open("quennel:///d?0");
+  fakes.runLoop.advance(10s);
+  open("quennel:///d?0");
+  fakes.runLoop.advance(1s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, AQuitCheckThatFallsDueDuringAnAlertFiresDuringIt) {
+  launch();
+  fakes.userInterface.whileShown = [this](const Alert&) {
+    delegate->setPanelCount(0);
+    fakes.runLoop.advance(11s);
+    EXPECT_TRUE(terminated());
+  };
+  open("quennel:///d?0");
+  open("quennel:///d?7");
+  EXPECT_EQ(fakes.userInterface.alerts.size(), 1u);
+}
+
+TEST_F(Lifecycle, TheQuitCommandEndsTheHelperAtOnce) {
+  launch();
+  command(helperName, "quit");
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, TheQuitCommandIsHeardUnderTheNameOfTheSuiteToo) {
+  launch();
+  command(sharedSuiteName, "quit");
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, TheQuitCommandEndsAHelperThatIsToStayInTheBackground) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launch();
+  command(helperName, "quit");
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, OtherCommandsAreIgnored) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launch();
+  fakes.sharedDefaults.setObject(false, "runInBackground");
+  command(sharedSuiteName, "/home/me/Documents");
+  command(helperName, "");
+  command(helperName, "Quit");
+  command("net.brellow.Other", "quit");
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Lifecycle, ACommandWithoutAnObjectIsIgnored) {
+  launch();
+  fakes.distributedNotificationCenter.postNotification(
+      {.name = helperName, .object = std::nullopt, .userInfo = {}}, true);
+  fakes.runLoop.runUntilIdle();
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Lifecycle, TheFileTemplatesCommandArmsTheLaunchCheckAgain) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launch();
+  fakes.runLoop.advance(1h);
+  fakes.sharedDefaults.setObject(false, "runInBackground");
+  command(helperName, "fileTemplates");
+  fakes.runLoop.advance(10'999ms);
+  EXPECT_FALSE(terminated());
+  fakes.runLoop.advance(1ms);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Lifecycle, TheFileTemplatesCommandAfterARequestEndsNothing) {
+  launch();
+  open("quennel:///d?0");
+  delegate->setPanelCount(1);
+  command(helperName, "fileTemplates");
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Lifecycle, AUrlThatArrivesBeforeLaunchingFinishesIsNotLost) {
+  fakes.urlEvents.open("quennel:///d?0");
+  launch();
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(Lifecycle, AfterTerminationCommandsAreNoLongerHeard) {
+  launch();
+  EXPECT_EQ(fakes.distributedNotificationCenter.observerCount(), 2u);
+  fakes.runLoop.terminate();
+  EXPECT_EQ(fakes.distributedNotificationCenter.observerCount(), 0u);
+}
+
+}  // namespace
+}  // namespace quennel::test

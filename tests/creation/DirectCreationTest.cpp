@@ -1,0 +1,159 @@
+#include "tests/support/AppDelegateTest.h"
+
+namespace quennel::test {
+namespace {
+
+class DirectCreation : public AppDelegateTest {
+ protected:
+  void make(const PropertyList::Dictionary& record, const std::string& dir = "/d") {
+    launch().makeFileAtDir(dir, record);
+  }
+  std::uint16_t mode(const std::string& path) {
+    return fakes.fileManager.attributesOfItemAtPath(path)->posixPermissions.value();
+  }
+  void setMode(const std::string& path, std::uint16_t mode) {
+    fakes.fileManager.setAttributes({.posixPermissions = mode}, path);
+  }
+  void switchOn(const std::vector<std::string>& keys) {
+    for (const auto& key : keys) {
+      fakes.sharedDefaults.setObject(true, key);
+    }
+  }
+};
+
+TEST_F(DirectCreation, ATakenNameGetsANumber) {
+  fakes.fileManager.addFile("/d/untitled.txt", "old");
+  make(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/untitled-1.txt"), "Dear reader");
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/untitled.txt"), "old");
+}
+
+TEST_F(DirectCreation, WithoutASuffixTheNameIsThePrefixAlone) {
+  auto record = templateRecord("untitled", "txt");
+  record.insert_or_assign("suffix", "");
+  make(record);
+  record.erase("suffix");
+  delegate->makeFileAtDir("/d", record);
+  EXPECT_TRUE(exists("/d/untitled"));
+  EXPECT_TRUE(exists("/d/untitled-1"));
+}
+
+TEST_F(DirectCreation, AnExecutableTemplateGetsAllExecuteBits) {
+  auto record = templateRecord("untitled", "txt");
+  record.insert_or_assign("executable", true);
+  setMode("/templates/untitled.txt", 0644);
+  make(record);
+  EXPECT_EQ(mode("/d/untitled.txt"), 0755);
+}
+
+TEST_F(DirectCreation, AnyOtherTemplateLosesItsExecuteBits) {
+  setMode("/templates/untitled.txt", 0755);
+  make(templateRecord("untitled", "txt"));
+  EXPECT_EQ(mode("/d/untitled.txt"), 0644);
+}
+
+TEST_F(DirectCreation, TheNewFileCarriesTheMomentOfItsCreation) {
+  fakes.fileManager.setAttributes({.modificationDate = FileAttributes::Date(1h)},
+                                  "/templates/untitled.txt");
+  const auto before = std::chrono::system_clock::now();
+  make(templateRecord("untitled", "txt"));
+  const auto attributes = fakes.fileManager.attributesOfItemAtPath("/d/untitled.txt");
+  EXPECT_GE(attributes->modificationDate.value(), before);
+  EXPECT_LE(attributes->modificationDate.value(), std::chrono::system_clock::now());
+}
+
+TEST_F(DirectCreation, CopyExecuteBitsDateRevealSoundAndOpenFollowInThatOrder) {
+  switchOn({"openFileOnCreation", "playSound", "showFileOnCreation"});
+  make(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.log.calls(),
+            (std::vector<std::string>{"copyItemAtPath", "setAttributes", "setAttributes", "reveal",
+                                      "sound", "open"}));
+  EXPECT_EQ(fakes.workspace.revealed.front(), std::vector<std::string>{"/d/untitled.txt"});
+  EXPECT_EQ(fakes.sound.played.front(), "sound");
+  EXPECT_EQ(fakes.workspace.opened.front(), "/d/untitled.txt");
+}
+
+TEST_F(DirectCreation, NothingFollowsThatIsNotSwitchedOn) {
+  make(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.log.calls(),
+            (std::vector<std::string>{"copyItemAtPath", "setAttributes", "setAttributes"}));
+}
+
+TEST_F(DirectCreation, AFileMadeOnTheDesktopIsNotRevealed) {
+  fakes.fileManager.loginName = "me";
+  fakes.fileManager.addDirectory("/Users/me/Desktop/Sub");
+  switchOn({"showFileOnCreation"});
+  make(templateRecord("untitled", "txt"), "/Users/me/Desktop");
+  EXPECT_TRUE(fakes.workspace.revealed.empty());
+  delegate->makeFileAtDir("/Users/me/Desktop/Sub", templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.workspace.revealed.front(),
+            std::vector<std::string>{"/Users/me/Desktop/Sub/untitled.txt"});
+}
+
+TEST_F(DirectCreation, TheDesktopIsTheFolderItselfAndWhatIsDirectlyInIt) {
+  fakes.fileManager.loginName = "me";
+  launch();
+  EXPECT_TRUE(delegate->isDesktopDir("/Users/me/Desktop"));
+  EXPECT_TRUE(delegate->isDesktopDir("/Users/me/Desktop/a.txt"));
+  EXPECT_FALSE(delegate->isDesktopDir("/Users/me/Desktop/Sub/a.txt"));
+  EXPECT_FALSE(delegate->isDesktopDir("/Users/me/desktop"));
+  EXPECT_FALSE(delegate->isDesktopDir("/Users/other/Desktop"));
+}
+
+TEST_F(DirectCreation, AFailedCopyIsReportedAfterThreeTenthsOfASecond) {
+  make(templateRecord("missing", "txt"));
+  fakes.runLoop.advance(299ms);
+  EXPECT_TRUE(fakes.userInterface.alerts.empty());
+  fakes.runLoop.advance(1ms);
+  ASSERT_EQ(fakes.userInterface.alerts.size(), 1u);
+  EXPECT_EQ(fakes.userInterface.alerts[0].messageText, "Error creating file!");
+  EXPECT_FALSE(fakes.userInterface.alerts[0].informativeText.value().empty());
+  EXPECT_EQ(fakes.userInterface.alerts[0].alertStyle, AlertStyle::Critical);
+}
+
+TEST_F(DirectCreation, NothingFollowsAFailedCopy) {
+  switchOn({"openFileOnCreation", "playSound", "showFileOnCreation"});
+  make(templateRecord("missing", "txt"));
+  EXPECT_EQ(fakes.log.calls(), std::vector<std::string>{"copyItemAtPath"});
+  EXPECT_FALSE(exists("/d/missing.txt"));
+}
+
+TEST_F(DirectCreation, ATemplateWithoutAFileEndsAsAFailedCopy) {
+  auto record = templateRecord("untitled", "txt");
+  record.erase("filePath");
+  make(record);
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(fakes.userInterface.alerts.at(0).messageText, "Error creating file!");
+}
+
+TEST_F(DirectCreation, ATemplateWithoutANameMakesNothingBesideTheFolder) {
+  launch().makeFileAtDir("/d", FileTemplate("not a record"));
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(fakes.userInterface.alerts.at(0).messageText, "Error creating file!");
+  EXPECT_EQ(fakes.userInterface.alerts.at(0).informativeText, "The template has no file name.");
+  EXPECT_FALSE(exists("/d-1"));
+}
+
+TEST_F(DirectCreation, TheAlertIsNotCountedAndTheQuitCheckFiresDuringIt) {
+  launch();
+  fakes.userInterface.whileShown = [this](const Alert&) {
+    EXPECT_EQ(delegate->panelCount(), 0);
+    fakes.runLoop.advance(11s);
+    EXPECT_TRUE(terminated());
+  };
+  fakes.fileManager.removeItemAtPath("/templates/untitled.txt");
+  open("quennel:///d?0");
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(fakes.userInterface.alerts.size(), 1u);
+}
+
+TEST_F(DirectCreation, AFolderTemplateIsCopiedWhole) {
+  fakes.fileManager.addFile("/templates/project/src/main.c", "int main;");
+  auto record = templateRecord("project", "");
+  record.insert_or_assign("filePath", "/templates/project");
+  make(record);
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/project/src/main.c"), "int main;");
+}
+
+}  // namespace
+}  // namespace quennel::test

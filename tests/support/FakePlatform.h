@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "tests/support/CallLog.h"
+#include "tests/support/FakeBundle.h"
+#include "tests/support/FakeDistributedNotificationCenter.h"
+#include "tests/support/FakeFileManager.h"
+#include "tests/support/FakeRunLoop.h"
+#include "tests/support/FakeSound.h"
+#include "tests/support/FakeURLEvents.h"
+#include "tests/support/FakeUserDefaults.h"
+#include "tests/support/FakeUserInterface.h"
+#include "tests/support/FakeWorkspace.h"
+
+namespace quennel::test {
+
+/// A whole desktop of fakes.
+struct FakePlatform {
+  CallLog log;
+  FakeRunLoop runLoop;
+  FakeUserDefaults sharedDefaults;
+  FakeBundle mainBundle;
+  FakeFileManager fileManager{log};
+  FakeWorkspace workspace{log};
+  FakeDistributedNotificationCenter distributedNotificationCenter{runLoop};
+  FakeURLEvents urlEvents{runLoop};
+  FakeUserInterface userInterface{log};
+  FakeSound sound{log};
+
+  Platform platform() {
+    return {runLoop,     sharedDefaults, mainBundle,
+            fileManager, workspace,      distributedNotificationCenter,
+            urlEvents,   userInterface,  sound};
+  }
+};
+
+}  // namespace quennel::test
