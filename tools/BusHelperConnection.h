@@ -1,0 +1,14 @@
+#pragma once
+
+#include "tools/HelperConnection.h"
+
+namespace quennel {
+
+/// The helper on the user's session bus. Connects anew for every operation.
+class BusHelperConnection final : public HelperConnection {
+ public:
+  void open(const std::string& url) override;
+  bool notify(const std::string& command) override;
+};
+
+}  // namespace quennel

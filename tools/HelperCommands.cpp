@@ -1,0 +1,65 @@
+#include <array>
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <system_error>
+
+#include "platform/values/URL.h"
+#include "tools/Command.h"
+#include "tools/CommandError.h"
+#include "tools/FilePath.h"
+#include "tools/TemplateIndex.h"
+
+namespace quennel {
+namespace {
+
+std::string existingFolder(const std::string& name) {
+  const std::string path = existingPath(name);
+  std::error_code error;
+  if (!std::filesystem::is_directory(path, error)) {
+    throw CommandFailure(shown(path) + " is not a folder");
+  }
+  return path;
+}
+
+void makeFile(const Options& options, CommandContext& context) {
+  const auto& arguments = options.arguments();
+  const auto templates = templatesOf(context.settings.objectForKey(templatesKey));
+  const std::size_t index = templateIndex(arguments[0], templates.size());
+  const std::string folder = existingFolder(arguments.size() > 1 ? arguments[1] : ".");
+  context.helper.open(urlForDirectory("quennel", folder, std::to_string(index)));
+}
+
+void notify(const Options& options, CommandContext& context) {
+  if (!context.helper.notify(options.arguments()[0])) {
+    context.errors << "The helper is not running.\n";
+  }
+}
+
+constexpr std::array commands{
+    Command{"new",
+            "INDEX [DIR]",
+            "make a file from a template",
+            "Asks the helper for a new file from template INDEX in the folder DIR, or in the\n"
+            "current one. The helper is started if needed; what goes wrong then, it tells itself.",
+            {},
+            1,
+            2,
+            makeFile},
+    Command{"notify",
+            "COMMAND",
+            "send the helper a command",
+            "Sends a command to the helper if it is running:\n\n"
+            "  quit           leave at once\n"
+            "  fileTemplates  read the templates' keyboard shortcuts again",
+            {},
+            1,
+            1,
+            notify},
+};
+
+}  // namespace
+
+std::span<const Command> helperCommands() { return commands; }
+
+}  // namespace quennel

@@ -1,0 +1,51 @@
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "platform/linux/settings/PropertyListFile.h"
+#include "platform/linux/settings/PropertyListUserDefaults.h"
+#include "platform/values/Path.h"
+#include "tools/BusHelperConnection.h"
+#include "tools/CommandLine.h"
+
+namespace {
+
+using namespace quennel;
+
+/// What the settings say until somebody sets them, from the resources beside this program.
+PropertyList::Dictionary defaultSettings() {
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  const std::string prefix = deletingLastPathComponent(deletingLastPathComponent(program.native()));
+  const std::string path = appendingPathComponent(prefix, "share/quennelhelper/Defaults.plist");
+  return dictionaryWithContentsOfFile(path).value_or(PropertyList::Dictionary());
+}
+
+/// Unreadable settings read as empty; a person should know why.
+void warnOfUnreadable(const std::string& path) {
+  if (PropertyListFile::read(path).state == PropertyListFile::State::Unreadable) {
+    std::cerr << "quennelctl: " << path
+              << " is not a property list that can be read; it counts as empty\n";
+  }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
+  const std::string path =
+      PropertyListUserDefaults::pathForDomain("Q4T7N2W9X5.net.brellow.Quennel");
+  warnOfUnreadable(path);
+  PropertyListUserDefaults settings(path);
+  settings.registerDefaults(defaultSettings());
+  BusHelperConnection helper;
+  CommandContext context{settings, helper, std::cout, std::cerr};
+  const int status = runCommandLine(arguments, context);
+  if (!std::cout.flush()) {
+    std::cerr << "quennelctl: the output cannot be written\n";
+    return status == 0 ? 1 : status;
+  }
+  return status;
+}
