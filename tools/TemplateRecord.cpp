@@ -45,6 +45,16 @@ void checkNamePart(const std::optional<std::string>& part, const std::string& op
   }
 }
 
+void checkName(const std::string& name) {
+  if (name.empty() || name == "." || name == "..") {
+    throw UsageError("the files would have no name: give a --prefix");
+  }
+  if (name.size() > longestName) {
+    throw UsageError("the files' name would be longer than " + std::to_string(longestName) +
+                     " bytes");
+  }
+}
+
 /// People write the dot of an extension or leave it out.
 std::optional<std::string> withoutLeadingDot(std::optional<std::string> suffix) {
   if (suffix && suffix->starts_with('.')) {
@@ -119,13 +129,8 @@ FileTemplate TemplateDescription::appliedTo(const FileTemplate& record) const {
   set(entries, "executable", executable);
   set(entries, "enabled", enabled);
   const FileTemplate changed = std::move(entries);
-  const std::string name = nameMadeBy(changed);
-  if (name.empty() || name == "." || name == "..") {
-    throw UsageError("the files would have no name: give a --prefix");
-  }
-  if (name.size() > longestName) {
-    throw UsageError("the files' name would be longer than " + std::to_string(longestName) +
-                     " bytes");
+  if (prefix || suffix) {
+    checkName(nameMadeBy(changed));
   }
   return changed;
 }

@@ -31,7 +31,7 @@ struct TemplateDescription {
   TemplateDescription withDefaults() const;
 
   /// `record` with what is described changed and everything else in it kept. Throws a UsageError
-  /// when the files that it makes would have no name, or one that is too long.
+  /// when what is described gives the new files no name, or one that is too long.
   FileTemplate appliedTo(const FileTemplate& record) const;
 };
 
