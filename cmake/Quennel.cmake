@@ -77,7 +77,7 @@ function(quennel_add_subdirectories)
   endforeach()
 endfunction()
 
-# quennel_benchmark(NAME [LINK libraries...] [SOURCES files...]): the program bench/NAME of the build
+# quennel_benchmark(NAME [LINK libraries...] [SOURCES files...]): the program bench/NAME/NAME of the build
 # tree, from all sources of the current folder and the further ones named.
 function(quennel_benchmark name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;SOURCES")
@@ -85,5 +85,5 @@ function(quennel_benchmark name)
   add_executable(bench_${name} ${sources} ${arg_SOURCES})
   target_link_libraries(bench_${name} PRIVATE quennel_options ${arg_LINK})
   set_target_properties(bench_${name} PROPERTIES OUTPUT_NAME ${name} RUNTIME_OUTPUT_DIRECTORY
-                                                                     ${CMAKE_BINARY_DIR}/bench)
+                                                                     ${CMAKE_CURRENT_BINARY_DIR})
 endfunction()

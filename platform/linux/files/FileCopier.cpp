@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <linux/magic.h>
 #include <sys/ioctl.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,9 +23,8 @@ using Step = FileFailure::Step;
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 // Files below this are copied through the stack.
 constexpr std::size_t smallSize = std::size_t{16} * 1024;
-// Sharing the blocks of a small file takes longer than copying it: the filesystem has to write the
-// source out first and to change its trees.
-constexpr off_t smallestClone = off_t{64} * 1024;
+// Looking for holes in a smaller file costs more than they can save.
+constexpr off_t smallestWithHoles = off_t{64} * 1024;
 
 off_t seek(int file, off_t position, int whence, FileFailure::Step step) {
   const off_t result = ::lseek(file, position, whence);
@@ -74,6 +75,14 @@ void writeAll(int file, std::string_view bytes) {
   }
 }
 
+// On btrfs, whose small files live in its trees anyway, sharing is the faster way at any size.
+off_t FileCopier::smallestCloneForMany(int folder) {
+  struct statfs filesystem;
+  const bool isBtrfs =
+      ::fstatfs(folder, &filesystem) == 0 && filesystem.f_type == BTRFS_SUPER_MAGIC;
+  return isBtrfs ? 1 : defaultSmallestClone;
+}
+
 FileDescriptor FileCopier::openSource(int folder, const char* name, int flags) {
   flags |= O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   FileDescriptor source;
@@ -97,7 +106,7 @@ void FileCopier::copyContents(int source, const struct stat& status, int copy) {
   }
   constexpr off_t blockUnit = 512;
   const bool mayHaveHoles = status.st_blocks * blockUnit < status.st_size;
-  if (mayHaveHoles && status.st_size >= smallestClone) {
+  if (mayHaveHoles && status.st_size >= smallestWithHoles) {
     copyAroundHoles(source, status.st_size, copy);
   } else {
     copyBytes(source, status.st_size, copy);
@@ -105,7 +114,7 @@ void FileCopier::copyContents(int source, const struct stat& status, int copy) {
 }
 
 bool FileCopier::clone(int source, const struct stat& status, int copy) {
-  if (!_canClone || status.st_size < smallestClone) {
+  if (!_canClone || status.st_size < _smallestClone) {
     return false;
   }
   if (::ioctl(copy, FICLONE, source) == 0) {

@@ -21,6 +21,15 @@ void writeAll(int file, std::string_view bytes);
 /// its buffer. Throws FileFailure.
 class FileCopier {
  public:
+  /// Files of at least that size, in bytes, share their blocks with the copy where they can.
+  explicit FileCopier(off_t smallestClone = defaultSmallestClone) : _smallestClone(smallestClone) {}
+
+  /// Sharing the blocks of a small file usually takes longer than copying it: the filesystem has to
+  /// write the source out first, and to change its trees.
+  static constexpr off_t defaultSmallestClone = off_t{64} * 1024;
+  /// What is best for many small files that are to be copied into the open folder.
+  static off_t smallestCloneForMany(int folder);
+
   /// Opens what is to be copied, never waiting for another program as a FIFO would, and leaves its
   /// date of last access alone where the process may. `flags` are added to those of the call.
   FileDescriptor openSource(int folder, const char* name, int flags);
@@ -36,6 +45,7 @@ class FileCopier {
   void copyAroundHoles(int source, off_t size, int copy);
   std::span<char> buffer();
 
+  off_t _smallestClone;
   bool _canClone = true;
   bool _mayKeepAccessDates = true;
   std::unique_ptr<char[]> _buffer;

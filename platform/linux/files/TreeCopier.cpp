@@ -82,6 +82,7 @@ void TreeCopier::located(const Folder& folder, const char* name, const Operation
 
 void TreeCopier::copy(FileDescriptor source, const struct stat& status, int copy) {
   _root = copy;
+  _smallestClone = FileCopier::smallestCloneForMany(copy);
   _rootStatus = statusOf(copy, Step::Creating);
   auto top = std::make_shared<Folder>();
   top->source = std::move(source);
@@ -121,7 +122,7 @@ void TreeCopier::startHelper() {
 }
 
 void TreeCopier::work() {
-  FileCopier copier;
+  FileCopier copier(_smallestClone);
   while (const std::optional<Task> task = _tasks.take()) {
     try {
       perform(*task, copier);

@@ -66,6 +66,7 @@ class TreeCopier {
   /// The folder being filled, which must not be met again among what is copied.
   struct stat _rootStatus {};
   int _root = -1;
+  off_t _smallestClone = 0;
   WorkStack<Task> _tasks;
   bool _helperAsked = false;
   std::thread _helper;
