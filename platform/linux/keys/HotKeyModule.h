@@ -1,0 +1,16 @@
+#pragma once
+
+#include <systemd/sd-event.h>
+
+#include "platform/Error.h"
+#include "platform/RunLoop.h"
+#include "platform/linux/keys/HotKeyBackend.h"
+
+namespace quennel {
+
+/// What the module for X11 offers: the backend, which the caller owns, or null with the reason.
+using OpenX11HotKeys = HotKeyBackend*(sd_event* event, RunLoop& runLoop, HotKeyListener& listener,
+                                      Error* error);
+constexpr auto openX11HotKeysSymbol = "quennelOpenX11HotKeys";
+
+}  // namespace quennel

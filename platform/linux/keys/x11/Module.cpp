@@ -1,0 +1,9 @@
+#include "platform/linux/keys/HotKeyModule.h"
+#include "platform/linux/keys/x11/X11HotKeys.h"
+
+// NOLINTNEXTLINE(misc-use-internal-linkage): found by its name
+extern "C" __attribute__((visibility("default"))) quennel::HotKeyBackend* quennelOpenX11HotKeys(
+    sd_event* event, quennel::RunLoop& runLoop, quennel::HotKeyListener& listener,
+    quennel::Error* error) {
+  return quennel::X11HotKeys::open(event, runLoop, listener, error).release();
+}

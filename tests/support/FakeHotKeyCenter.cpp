@@ -1,0 +1,73 @@
+#include "tests/support/FakeHotKeyCenter.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace quennel::test {
+namespace {
+
+bool refuse(Error* error, int code) {
+  if (error) {
+    *error = {code, "The combination is refused."};
+  }
+  return false;
+}
+
+}  // namespace
+
+void FakeHotKeyCenter::press(const std::string& accelerator) {
+  const auto pressed = hotKeyFor(KeyCombination::fromAccelerator(accelerator).value());
+  if (!pressed) {
+    return;
+  }
+  _runLoop.dispatchAsync([pressed, hotKeys = std::weak_ptr<const HotKeys>(_hotKeys)] {
+    const auto remaining = hotKeys.lock();
+    if (remaining && std::ranges::find(*remaining, pressed) != remaining->end()) {
+      pressed->invoke();
+    }
+  });
+}
+
+void FakeHotKeyCenter::holdByAnotherProgram(const std::string& accelerator) {
+  _heldByOthers.push_back(KeyCombination::fromAccelerator(accelerator).value());
+}
+
+void FakeHotKeyCenter::endDesktop() {
+  isAvailable = false;
+  _hotKeys->clear();
+}
+
+bool FakeHotKeyCenter::registerHotKey(std::shared_ptr<const PTHotKey> hotKey, Error* error) {
+  const auto combination = KeyCombination::fromPropertyList(hotKey->keyCombo());
+  if (!combination) {
+    return refuse(error, EINVAL);
+  }
+  if (!isAvailable) {
+    return refuse(error, ENOTSUP);
+  }
+  if (hotKeyFor(*combination)) {
+    return refuse(error, EEXIST);
+  }
+  if (std::ranges::find(_heldByOthers, *combination) != _heldByOthers.end()) {
+    return refuse(error, EBUSY);
+  }
+  _hotKeys->push_back(std::move(hotKey));
+  return true;
+}
+
+void FakeHotKeyCenter::unregisterHotKey(const std::shared_ptr<const PTHotKey>& hotKey) {
+  std::erase(*_hotKeys, hotKey);
+}
+
+std::shared_ptr<const PTHotKey> FakeHotKeyCenter::hotKeyFor(
+    const KeyCombination& combination) const {
+  for (const auto& hotKey : *_hotKeys) {
+    if (KeyCombination::fromPropertyList(hotKey->keyCombo()) == combination) {
+      return hotKey;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace quennel::test

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/PTHotKeyCenter.h"
+#include "platform/RunLoop.h"
+#include "platform/values/KeyCombination.h"
+
+namespace quennel::test {
+
+/// Hot keys on a desktop of the test's own, where the test presses the keys.
+class FakeHotKeyCenter : public PTHotKeyCenter {
+ public:
+  explicit FakeHotKeyCenter(RunLoop& runLoop) : _runLoop(runLoop) {}
+
+  /// Whether the desktop has system-wide keys at all.
+  bool isAvailable = true;
+
+  /// The user presses the combination: what it sends is queued. A text that is no accelerator is a
+  /// mistake in the test and throws.
+  void press(const std::string& accelerator);
+
+  /// Another program takes the combination.
+  void holdByAnotherProgram(const std::string& accelerator);
+
+  /// The desktop ends while the keys are registered.
+  void endDesktop();
+
+  HotKeys allHotKeys() const override { return *_hotKeys; }
+  bool registerHotKey(std::shared_ptr<const PTHotKey> hotKey, Error* error = nullptr) override;
+  void unregisterHotKey(const std::shared_ptr<const PTHotKey>& hotKey) override;
+
+ private:
+  std::shared_ptr<const PTHotKey> hotKeyFor(const KeyCombination& combination) const;
+
+  RunLoop& _runLoop;
+  std::shared_ptr<HotKeys> _hotKeys = std::make_shared<HotKeys>();
+  std::vector<KeyCombination> _heldByOthers;
+};
+
+}  // namespace quennel::test
