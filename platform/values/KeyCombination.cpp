@@ -114,7 +114,9 @@ bool endsIgnoringCase(std::string_view text, std::string_view ending) {
 std::optional<std::int64_t> numberNamed(const PropertyList::Dictionary& record,
                                         std::initializer_list<std::string_view> endings) {
   for (const auto& [name, value] : record) {
-    const auto isEndingOfName = [&](auto ending) { return endsIgnoringCase(name, ending); };
+    const auto isEndingOfName = [&name = name](auto ending) {
+      return endsIgnoringCase(name, ending);
+    };
     const auto number = wholeNumber(value);
     if (number && std::ranges::any_of(endings, isEndingOfName)) {
       return number;
