@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <ranges>
 
 #include "tools/CommandError.h"
 #include "tools/Suggestion.h"
@@ -60,21 +59,23 @@ Options Options::parse(std::span<const std::string> words, std::span<const Optio
 }
 
 std::optional<std::string> Options::valueOf(std::string_view name) const {
-  for (const auto& [option, value] : std::views::reverse(_options)) {
+  std::optional<std::string> last;
+  for (const auto& [option, value] : _options) {
     if (option == name) {
-      return value;
+      last = value;
     }
   }
-  return std::nullopt;
+  return last;
 }
 
 std::optional<bool> Options::choice(std::string_view on, std::string_view off) const {
-  for (const auto& [option, value] : std::views::reverse(_options)) {
+  std::optional<bool> last;
+  for (const auto& [option, value] : _options) {
     if (option == on || option == off) {
-      return option == on;
+      last = option == on;
     }
   }
-  return std::nullopt;
+  return last;
 }
 
 }  // namespace quennel

@@ -77,8 +77,9 @@ std::string described(double number) {
 }
 
 std::string described(PropertyList::Date date) {
+  // Not by way of a time point of the clock: the second in which its range begins starts before it.
   const std::time_t seconds =
-      std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(date));
+      std::chrono::floor<std::chrono::seconds>(date.time_since_epoch()).count();
   std::tm parts{};
   if (!gmtime_r(&seconds, &parts)) {
     return "date out of range";

@@ -13,6 +13,8 @@
 namespace quennel::test {
 namespace {
 
+using namespace std::string_literals;
+
 constexpr const char* pythonValue = R"(
 value = {
   'templates': [{'title': 'Text <&> é', 'enabled': True, 'executable': False, 'shortcut': b'\x00\xff'}],
@@ -239,6 +241,28 @@ open(path, 'wb').write(data)
 )",
             path);
   EXPECT_EQ(contents(), unreadable);
+}
+
+TEST_F(Reading, ABinaryFileWithATextThatIsNoneIsUnreadable) {
+  const auto withText = [&](const std::string& marker, const std::string& bytes) {
+    std::string file = "bplist00";
+    std::string offsets;
+    for (const std::string& object : {std::string("\xD1\x01\x02"), marker + bytes, "\x09"s}) {
+      offsets += static_cast<char>(file.size());
+      file += object;
+    }
+    const auto table = static_cast<char>(file.size());
+    file += offsets + std::string(6, '\0') + "\x01\x01"s + std::string(7, '\0') + "\x03" +
+            std::string(15, '\0') + table;
+    return contentsOf(file);
+  };
+  EXPECT_EQ(withText("\x52", "ab"), PropertyList(Dictionary{{"ab", true}}));
+  EXPECT_EQ(withText("\x52", "a\0"s), unreadable);
+  EXPECT_EQ(withText("\x52", "a\x80"), unreadable);
+  EXPECT_EQ(withText("\x62", "\x04\x16\xD8\x3D"), unreadable);
+  EXPECT_EQ(withText("\x62", "\x04\x16\0\0"s), unreadable);
+  EXPECT_EQ(withText("\x62", "\xDE\x00\xD8\x3D"s), unreadable);
+  EXPECT_EQ(withText("\x62", "\xD8\x3D\xDE\x00"s), PropertyList(Dictionary{{"😀", true}}));
 }
 
 TEST_F(Reading, AFolderAndAPipeAreUnreadableAtOnce) {

@@ -163,6 +163,8 @@ TEST(PropertyList, DescriptionOfADateIsInUniversalTime) {
             "2001-09-09T01:46:40Z");
   EXPECT_EQ(PropertyList(PropertyList::Date{std::chrono::milliseconds(-1)}).description(),
             "1969-12-31T23:59:59Z");
+  EXPECT_EQ(PropertyList(PropertyList::Date::min()).description(), "1677-09-21T00:12:43Z");
+  EXPECT_EQ(PropertyList(PropertyList::Date::max()).description(), "2262-04-11T23:47:16Z");
 }
 
 TEST(PropertyList, DescriptionOfContainersIsOneLineWithQuotedTexts) {

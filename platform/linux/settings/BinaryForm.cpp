@@ -35,6 +35,24 @@ struct Object {
   std::size_t unit = 1;
 };
 
+bool isSoundASCII(std::string_view bytes) {
+  return std::ranges::all_of(bytes, [](char c) { return static_cast<signed char>(c) > 0; });
+}
+
+bool isSoundUTF16(std::string_view bytes) {
+  bool needsLowSurrogate = false;
+  for (; bytes.size() >= 2; bytes.remove_prefix(2)) {
+    const unsigned unit = static_cast<unsigned>(static_cast<unsigned char>(bytes[0])) << 8 |
+                          static_cast<unsigned char>(bytes[1]);
+    const bool isLowSurrogate = unit >= 0xDC00 && unit < 0xE000;
+    if (unit == 0 || isLowSurrogate != needsLowSurrogate) {
+      return false;
+    }
+    needsLowSurrogate = unit >= 0xD800 && unit < 0xDC00;
+  }
+  return !needsLowSurrogate;
+}
+
 class Checker {
  public:
   explicit Checker(std::string_view bytes) : _bytes(bytes) {}
@@ -179,7 +197,16 @@ class Checker {
     return _extents[index];
   }
 
+  /// The parser takes the bytes of a text as they are, and stops the program at a NUL in a key.
+  bool isSoundText(const Object& object) const {
+    const std::string_view bytes = _bytes.substr(object.start, object.count * object.unit);
+    return object.unit == 1 ? isSoundASCII(bytes) : isSoundUTF16(bytes);
+  }
+
   std::optional<Extent> measured(const Object& object, std::size_t depth) {
+    if (object.kind == Object::Kind::Text && !isSoundText(object)) {
+      return std::nullopt;
+    }
     const bool isContainer =
         object.kind == Object::Kind::Array || object.kind == Object::Kind::Dictionary;
     Extent extent{1, object.count * object.unit, 1};

@@ -179,13 +179,13 @@ PropertyListNode nodeOfInteger(std::int64_t number) {
 }
 
 PropertyListNode nodeOfDate(PropertyList::Date date) {
-  const auto sinceEpoch = date - epoch;
-  const auto whole = std::chrono::floor<seconds>(sinceEpoch);
+  const auto whole = std::chrono::floor<seconds>(date.time_since_epoch()) -
+                     duration_cast<seconds>(epoch.time_since_epoch());
   if (!std::in_range<std::int32_t>(whole.count())) {
     const std::string text = PropertyList(date).description();
     return owned(nodeOfXML("<plist><date>" + text + "</date></plist>").release());
   }
-  const auto rest = duration_cast<microseconds>(sinceEpoch - whole);
+  const auto rest = duration_cast<microseconds>(date - epoch - whole);
   return owned(plist_new_date(static_cast<std::int32_t>(whole.count()),
                               static_cast<std::int32_t>(rest.count())));
 }

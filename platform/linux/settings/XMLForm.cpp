@@ -1,7 +1,6 @@
 #include "platform/linux/settings/XMLForm.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 #include "platform/linux/settings/PropertyListLimits.h"
@@ -179,14 +178,14 @@ std::string settingXMLEntry(std::string text, const std::string& key,
   }
   std::string markup = value ? markupOfEntry(key, *value) : std::string();
   // From the end, so that the places before stay right.
-  for (const auto& entry : std::views::reverse(outline->entries)) {
-    if (entry.key != key) {
+  for (auto entry = outline->entries.rbegin(); entry != outline->entries.rend(); ++entry) {
+    if (entry->key != key) {
       continue;
     }
     if (markup.empty()) {
-      removeEntry(text, entry);
+      removeEntry(text, *entry);
     } else {
-      text.replace(entry.start, entry.end - entry.start, std::exchange(markup, {}));
+      text.replace(entry->start, entry->end - entry->start, std::exchange(markup, {}));
     }
   }
   if (!markup.empty()) {

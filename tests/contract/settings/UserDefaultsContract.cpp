@@ -198,6 +198,8 @@ TEST_P(UserDefaultsContract, EveryKindOfValueComesBack) {
                                         {"real", 0.1},
                                         {"date", date},
                                         {"early date", date - std::chrono::hours(24 * 365 * 100)},
+                                        {"first date", PropertyList::Date::min()},
+                                        {"last date", PropertyList::Date::max()},
                                         {"data", PropertyList::Data{std::string("\0\xFF\n", 3)}},
                                         {"no data", PropertyList::Data{}},
                                         {"text", " <a> & \"b\" \n\t é 😀 "},
