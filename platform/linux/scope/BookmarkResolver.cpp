@@ -1,0 +1,131 @@
+#include "platform/linux/scope/BookmarkResolver.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <iterator>
+#include <vector>
+
+#include "platform/linux/scope/OpenItem.h"
+#include "platform/values/Path.h"
+
+namespace quennel {
+
+namespace {
+
+bool leadsTo(const DirectoryIdentity& identity, const std::string& path) {
+  const FileDescriptor directory = openDirectory(path);
+  return directory && identityOfDirectory(directory.get()) == identity;
+}
+
+/// The mounts that show the bookmark's filesystem now. Mounts of other types are not touched: one
+/// of them may be a server that does not answer.
+std::vector<Mount> mountsOfVolume(const Bookmark& bookmark) {
+  std::vector<Mount> found;
+  const MountTable table = MountTable::current();
+  std::copy_if(table.mounts().begin(), table.mounts().end(), std::back_inserter(found),
+               [&](const Mount& mount) {
+                 if (mount.type != bookmark.filesystemType) {
+                   return false;
+                 }
+                 const FileDescriptor root = openDirectory(mount.point);
+                 return root && volumeOfDirectory(root.get()) == bookmark.identity.volume;
+               });
+  return found;
+}
+
+bool belongsToUser(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+}
+
+/// The uppermost folder of the mount that is reached from `path` upwards through the user's own
+/// folders, leaving out what is not there any more.
+std::optional<std::string> uppermostOwnFolder(std::string path, const Mount& mount) {
+  std::optional<std::string> uppermost;
+  while (mount.contains(path)) {
+    if (belongsToUser(path)) {
+      uppermost = path;
+    } else if (uppermost || access(path.c_str(), F_OK) == 0) {
+      break;
+    }
+    if (path == mount.point) {
+      break;
+    }
+    path = deletingLastPathComponent(path);
+  }
+  return uppermost;
+}
+
+/// Where on the mount an ordinary user may be allowed to search.
+std::vector<std::string> placesToSearch(const Bookmark& bookmark, const Mount& mount) {
+  std::vector<std::string> places;
+  const auto add = [&](std::optional<std::string> place) {
+    if (place && std::find(places.begin(), places.end(), *place) == places.end()) {
+      places.push_back(std::move(*place));
+    }
+  };
+  if (auto oldPath = mount.pathOf(bookmark.relativePath)) {
+    add(uppermostOwnFolder(std::move(*oldPath), mount));
+  }
+  if (const char* home = std::getenv("HOME")) {
+    add(uppermostOwnFolder(home, mount));
+  }
+  add(mount.point);
+  return places;
+}
+
+}  // namespace
+
+std::optional<Bookmark> BookmarkResolver::bookmarkOfPath(const std::string& path) const {
+  const FileDescriptor directory = openDirectory(path);
+  auto identity = directory ? identityOfDirectory(directory.get()) : std::nullopt;
+  struct statx status {};
+  if (!identity || statx(directory.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &status) != 0) {
+    return std::nullopt;
+  }
+  const MountTable table = MountTable::current();
+  const Mount* mount = table.mountWithId(status.stx_mnt_id);
+  const auto realPath = pathOfDescriptor(directory.get());
+  if (!mount || !realPath) {
+    errno = ENOENT;
+    return std::nullopt;
+  }
+  return Bookmark{path, mount->relativePathOf(*realPath), mount->type, std::move(*identity)};
+}
+
+std::optional<std::string> BookmarkResolver::pathOfBookmark(const Bookmark& bookmark) {
+  if (leadsTo(bookmark.identity, bookmark.path)) {
+    return bookmark.path;
+  }
+  const std::vector<Mount> mounts = mountsOfVolume(bookmark);
+  for (const Mount& mount : mounts) {
+    auto path = mount.pathOf(bookmark.relativePath);
+    if (path && leadsTo(bookmark.identity, *path)) {
+      return path;
+    }
+  }
+  for (const Mount& mount : mounts) {
+    if (auto path = pathAfterMove(bookmark, mount)) {
+      return path;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> BookmarkResolver::pathAfterMove(const Bookmark& bookmark,
+                                                           const Mount& mount) {
+  for (const std::string& place : placesToSearch(bookmark, mount)) {
+    auto path = _search.pathOfDirectory(bookmark.identity, place);
+    if (path && leadsTo(bookmark.identity, *path)) {
+      return path;
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace quennel

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/mounts/MountTable.h"
+#include "platform/linux/scope/Bookmark.h"
+#include "platform/linux/scope/HandleSearch.h"
+
+namespace quennel {
+
+/// Finds the folders of bookmarks, and makes bookmarks of folders.
+class BookmarkResolver {
+ public:
+  /// What is to be known of the folder at `path`; nothing, with errno, when there is none.
+  std::optional<Bookmark> bookmarkOfPath(const std::string& path) const;
+
+  /// Where the folder is now. Only the very folder will do: the place where it was, the same place
+  /// on its volume wherever that is mounted, and then wherever the filesystem finds it.
+  std::optional<std::string> pathOfBookmark(const Bookmark& bookmark);
+
+ private:
+  std::optional<std::string> pathAfterMove(const Bookmark& bookmark, const Mount& mount);
+
+  HandleSearch _search;
+};
+
+}  // namespace quennel

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/SecurityScope.h"
+#include "platform/linux/scope/BookmarkKey.h"
+#include "platform/linux/scope/BookmarkResolver.h"
+#include "platform/linux/scope/Grants.h"
+#include "platform/linux/scope/LandlockRuleset.h"
+
+namespace quennel {
+
+/// Grants enforced by the kernel.
+///
+/// `performConfined` runs its work on a thread that has given up, for the rest of its short life,
+/// every right to change anything but the granted folder which the item is in. So neither a link
+/// nor a race can carry a change elsewhere. The kernel does not restrain changes of mode, times and
+/// attributes; `performOnItem` finds out on an open descriptor whether a grant covers the item, and
+/// lets the work reach the item through that descriptor only. Where the kernel has no Landlock,
+/// `performConfined` does the same with the item's folder.
+///
+/// A grant for one item allows the kernel's part the whole folder around it; that only the item is
+/// meant is checked before.
+class LandlockSecurityScope final : public SecurityScope {
+ public:
+  struct Options {
+    /// The file with the key of the user's tokens; made when it is first needed.
+    std::string keyPath;
+    /// Folders that are accessible whatever the user granted: the program's own.
+    std::vector<std::string> alwaysAccessible;
+    /// The version of the kernel's interface to rely on; 0 for none.
+    int landlockVersion = LandlockRuleset::kernelVersion();
+  };
+
+  explicit LandlockSecurityScope(const Options& options);
+
+  std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
+                                                        Error* error) override;
+  std::optional<std::string> pathByResolvingBookmarkData(
+      const PropertyList::Data& bookmark) override;
+  bool startAccessing(const std::string& path) override;
+  void stopAccessing(const std::string& path) override;
+  void allowForThisRun(const std::string& path, Extent extent) override;
+  bool isAccessible(const std::string& path) const override;
+  bool performConfined(const std::string& path, const Work& work, Error* error) override;
+  bool performOnItem(const std::string& path, const Work& work, Error* error) const override;
+
+ private:
+  BookmarkKey _key;
+  BookmarkResolver _resolver;
+  int _landlockVersion;
+  Grants _grants;
+  /// What the tokens that were resolved to a path, the last one of each, stand for.
+  std::map<std::string, DirectoryIdentity> _resolved;
+  std::multimap<std::string, Grant> _started;
+};
+
+}  // namespace quennel

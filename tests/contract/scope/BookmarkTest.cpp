@@ -1,0 +1,224 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/stat.h>
+#include <sys/utsname.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/contract/scope/VolumeTest.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/RootCommands.h"
+
+namespace quennel::test {
+namespace {
+
+using std::filesystem::remove_all;
+using std::filesystem::rename;
+using ::testing::Eq;
+using ::testing::Optional;
+
+/// Why the kernel does not let this user look for a folder by its own name; empty when it does.
+std::string whyNoSearch() {
+  if (isRoot()) {
+    return {};
+  }
+  utsname system{};
+  int major = 0;
+  int minor = 0;
+  uname(&system);
+  if (std::sscanf(system.release, "%d.%d", &major, &minor) != 2 || major * 100 + minor < 611) {
+    return "before Linux 6.11 only root may open by handle";
+  }
+  const auto enter = [] { return std::string(unshare(CLONE_NEWUSER) == 0 ? "" : "refused"); };
+  return inChildProcess(enter).empty() ? "" : "users may not make namespaces of their own here";
+}
+
+/// Tokens for folders of a real volume; what a later run of the program makes of them.
+class Bookmarks : public VolumeTest, public ::testing::WithParamInterface<Filesystem> {
+ protected:
+  void SetUp() override {
+    if (const auto why = Volume::whyUnavailable(GetParam()); !why.empty()) {
+      GTEST_SKIP() << Volume::nameOf(GetParam()) << ": " << why;
+    }
+    setenv("HOME", temporary.path().c_str(), 1);
+    mountFresh(GetParam());
+    makeFolder(folder);
+  }
+
+  /// Whether nothing but its present mount tells the volume from others.
+  bool isKnownByMount() const {
+    return GetParam() == Filesystem::Ramfs || GetParam() == Filesystem::Fuse;
+  }
+
+  /// Whether a folder of the volume is found again after that was mounted anew.
+  bool outlivesMount() const { return GetParam() != Filesystem::Tmpfs && !isKnownByMount(); }
+
+  /// Whether folders of this filesystem have a name of their own, which leads to them from
+  /// anywhere.
+  bool hasHandles() const { return GetParam() != Filesystem::Overlay && !isKnownByMount(); }
+
+  const std::string folder = volume + "/some/folder";
+};
+
+TEST_P(Bookmarks, LeadToTheirFolderInALaterRun) {
+  EXPECT_THAT(resolve(bookmark(folder)), Optional(folder));
+}
+
+TEST_P(Bookmarks, OfTheTopFolderOfAVolumeLeadThere) {
+  EXPECT_THAT(resolve(bookmark(volume)), Optional(volume));
+}
+
+TEST_P(Bookmarks, KeepThePathThatTheUserNamedThroughALink) {
+  std::filesystem::create_directory_symlink(volume + "/some", temporary / "link");
+  EXPECT_THAT(resolve(bookmark(temporary / "link/folder")), Optional(temporary / "link/folder"));
+}
+
+TEST_P(Bookmarks, GiveNothingWhileTheVolumeIsAway) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  EXPECT_EQ(resolve(token), std::nullopt);
+}
+
+TEST_P(Bookmarks, GiveNothingForTheFolderUnderAMountPointWhileTheVolumeIsAway) {
+  const auto token = bookmark(volume);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  EXPECT_EQ(resolve(token), std::nullopt);
+  makeFolder(folder);
+  EXPECT_EQ(resolve(token), std::nullopt);
+}
+
+TEST_P(Bookmarks, GiveNothingForAnotherFolderOfTheSamePathWhileTheVolumeIsAway) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  makeFolder(folder);
+  EXPECT_EQ(resolve(token), std::nullopt);
+}
+
+TEST_P(Bookmarks, LeadToTheirFolderWhenTheVolumeIsBack) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  ASSERT_TRUE(mount->mountAt(volume));
+  makeFolder(folder);
+  EXPECT_EQ(resolve(token), outlivesMount() ? std::optional(folder) : std::nullopt);
+}
+
+TEST_P(Bookmarks, LeadToTheirFolderWhereverTheVolumeIsMountedNow) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  ASSERT_TRUE(mount->mountAt(elsewhere));
+  makeFolder(elsewhere + "/some/folder");
+  EXPECT_EQ(resolve(token),
+            outlivesMount() ? std::optional(elsewhere + "/some/folder") : std::nullopt);
+}
+
+TEST_P(Bookmarks, GiveNothingForAnotherVolumeInTheSamePlace) {
+  const auto token = bookmark(folder);
+  const auto tokenOfTop = bookmark(volume);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  Volume other(GetParam());
+  ASSERT_TRUE(other.mountAt(volume));
+  makeFolder(folder);
+  EXPECT_EQ(resolve(token), std::nullopt);
+  EXPECT_EQ(resolve(tokenOfTop), std::nullopt);
+}
+
+TEST_P(Bookmarks, LeadToTheirVolumeWhenAnotherOneHasTakenItsPlace) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  ASSERT_TRUE(mount->mountAt(elsewhere));
+  Volume other(GetParam());
+  ASSERT_TRUE(other.mountAt(volume));
+  makeFolder(folder);
+  EXPECT_EQ(resolve(token),
+            outlivesMount() ? std::optional(elsewhere + "/some/folder") : std::nullopt);
+}
+
+TEST_P(Bookmarks, LeadToTheFolderUnderAnotherMountOfItsVolume) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(RootCommands::run("mount --bind " + volume + "/some " + elsewhere));
+  ASSERT_TRUE(RootCommands::run("mount -t tmpfs none " + volume));
+  const auto path = resolve(token);
+  RootCommands::run("umount " + volume + " && umount " + elsewhere);
+  // A filesystem without a name is known by its mount alone.
+  EXPECT_EQ(path, isKnownByMount() ? std::nullopt : std::optional(elsewhere + "/folder"));
+}
+
+TEST_P(Bookmarks, FollowAFolderThatWasMovedIfItHasANameOfItsOwn) {
+  const std::string why = hasHandles() ? whyNoSearch() : "";
+  if (!why.empty()) {
+    GTEST_SKIP() << why;
+  }
+  const auto token = bookmark(folder);
+  rename(folder, volume + "/moved");
+  const auto path = resolve(token);
+  EXPECT_EQ(path.value_or(volume + "/moved"), volume + "/moved");
+  EXPECT_TRUE(path || !hasHandles());
+}
+
+TEST_P(Bookmarks, GiveNothingForAFolderThatWasRemoved) {
+  const auto token = bookmark(folder);
+  remove_all(folder);
+  EXPECT_EQ(resolve(token), std::nullopt);
+}
+
+TEST_P(Bookmarks, GiveNothingForANewFolderOfTheSamePath) {
+  const auto token = bookmark(folder);
+  // The new one may well get the number of the old one.
+  for (int round = 0; round < 20; ++round) {
+    remove_all(folder);
+    makeFolder(folder);
+    ASSERT_EQ(resolve(token), std::nullopt);
+  }
+}
+
+TEST_P(Bookmarks, NeverLeadToTheFolderThatReplacedTheirs) {
+  const auto token = bookmark(folder);
+  rename(folder, volume + "/moved");
+  makeFolder(folder);
+  EXPECT_NE(resolve(token), std::optional(folder));
+}
+
+TEST_P(Bookmarks, NeverLeadToACopyOfTheirFolder) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(posixFiles.copyItemAtPath(folder, volume + "/copy", nullptr));
+  remove_all(folder);
+  EXPECT_EQ(resolve(token), std::nullopt);
+  rename(volume + "/copy", folder);
+  EXPECT_EQ(resolve(token), std::nullopt);
+}
+
+TEST_P(Bookmarks, SayOfTwoFoldersWhichIsWhich) {
+  makeFolder(volume + "/other");
+  const auto token = bookmark(folder);
+  const auto otherToken = bookmark(volume + "/other");
+  rename(folder, volume + "/temporary");
+  rename(volume + "/other", folder);
+  rename(volume + "/temporary", volume + "/other");
+  EXPECT_THAT(resolve(token), ::testing::AnyOf(Eq(std::nullopt), Optional(volume + "/other")));
+  EXPECT_THAT(resolve(otherToken), ::testing::AnyOf(Eq(std::nullopt), Optional(folder)));
+}
+
+TEST_P(Bookmarks, LeadToAFolderThatOnlyChangedItsPermissionsOrContents) {
+  const auto token = bookmark(folder);
+  writeFile(folder + "/file", "text");
+  chmod(folder.c_str(), 0750);
+  EXPECT_THAT(resolve(token), Optional(folder));
+}
+
+std::string nameOfParameter(const ::testing::TestParamInfo<Filesystem>& info) {
+  return Volume::nameOf(info.param);
+}
+
+INSTANTIATE_TEST_SUITE_P(On, Bookmarks,
+                         ::testing::Values(Filesystem::Ext4, Filesystem::Xfs, Filesystem::Btrfs,
+                                           Filesystem::Tmpfs, Filesystem::Overlay,
+                                           Filesystem::Ramfs, Filesystem::Fuse),
+                         nameOfParameter);
+
+}  // namespace
+}  // namespace quennel::test

@@ -1,0 +1,183 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/linux/scope/Bookmark.h"
+#include "platform/linux/scope/BookmarkKey.h"
+#include "tests/contract/scope/VolumeTest.h"
+#include "tests/support/ChildProcess.h"
+
+namespace quennel::test {
+namespace {
+
+using ::testing::Optional;
+
+/// What is, and is not, taken for a token.
+class Token : public VolumeTest {
+ protected:
+  Token() {
+    makeFolder(folder);
+    token = bookmark(folder).bytes;
+  }
+
+  void TearDown() override { EXPECT_THAT(resolve({token}), Optional(folder)); }
+
+  const std::string folder = temporary / "folder";
+  const std::string keyFile = temporary / "keys/key";
+  std::string token;
+};
+
+TEST_F(Token, WithAnyBitFlippedGivesNothing) {
+  const auto run = newScope();
+  for (std::size_t bit = 0; bit < token.size() * 8; ++bit) {
+    std::string changed = token;
+    changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << (bit % 8)));
+    EXPECT_FALSE(run->pathByResolvingBookmarkData({changed})) << bit;
+  }
+}
+
+TEST_F(Token, CutShortGivesNothing) {
+  const auto run = newScope();
+  for (std::size_t size = 0; size < token.size(); ++size) {
+    EXPECT_FALSE(run->pathByResolvingBookmarkData({token.substr(0, size)})) << size;
+  }
+}
+
+TEST_F(Token, WithMoreBehindItGivesNothing) {
+  EXPECT_FALSE(resolve({token + '\0'}));
+  EXPECT_FALSE(resolve({token + token}));
+}
+
+TEST_F(Token, MadeOfRandomBytesGivesNothing) {
+  std::mt19937 random(1);
+  const auto run = newScope();
+  for (int round = 0; round < 2000; ++round) {
+    std::string garbage(random() % 600, '\0');
+    for (char& byte : garbage) {
+      byte = static_cast<char>(random());
+    }
+    EXPECT_FALSE(run->pathByResolvingBookmarkData({garbage}));
+    EXPECT_FALSE(run->pathByResolvingBookmarkData({token.substr(0, 36) + garbage}));
+  }
+}
+
+TEST_F(Token, OfEnormousSizeGivesNothingAtOnce) {
+  const std::string huge = token + std::string(std::size_t{64} << 20U, 'x');
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(resolve({huge}));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST_F(Token, ForgedWithAnotherKeyGivesNothing) {
+  const TemporaryDirectory other;
+  LandlockSecurityScope forger({.keyPath = other / "key", .alwaysAccessible = {}});
+  const auto forged = forger.bookmarkDataForPath(folder, nullptr);
+  ASSERT_TRUE(forged);
+  EXPECT_FALSE(resolve(*forged));
+}
+
+TEST_F(Token, GivesNothingWhenItsUserHasNoKeyOrAnotherOne) {
+  std::filesystem::rename(keyFile, keyFile + ".away");
+  EXPECT_FALSE(resolve({token}));
+  EXPECT_FALSE(exists(keyFile));
+  EXPECT_THAT(resolve(bookmark(folder)), Optional(folder));
+  EXPECT_FALSE(resolve({token}));
+  std::filesystem::rename(keyFile + ".away", keyFile);
+}
+
+TEST_F(Token, IsAuthenticatedWithAKeyThatOnlyTheUserCanRead) {
+  EXPECT_EQ(modeOf(keyFile), 0600U);
+  EXPECT_EQ(modeOf(temporary / "keys"), 0700U);
+}
+
+TEST_F(Token, GivesNothingWhileItsKeyIsOpenToOthers) {
+  for (const mode_t mode : {0640U, 0604U, 0620U, 0602U}) {
+    chmod(keyFile.c_str(), mode);
+    EXPECT_FALSE(resolve({token})) << mode;
+  }
+  chmod(keyFile.c_str(), 0600);
+}
+
+TEST_F(Token, IsNotMadeWithAKeyThatWasOpenToOthers) {
+  const std::string old = contentsOf(keyFile);
+  std::filesystem::copy_file(keyFile, temporary / "kept");
+  chmod(keyFile.c_str(), 0644);
+  EXPECT_THAT(resolve(bookmark(folder)), Optional(folder));
+  EXPECT_NE(contentsOf(keyFile), old);
+  EXPECT_EQ(modeOf(keyFile), 0600U);
+  std::filesystem::rename(temporary / "kept", keyFile);
+}
+
+TEST_F(Token, DoesNotComeWithAKeyThatIsALinkOrNoKeyAtAll) {
+  std::filesystem::rename(keyFile, keyFile + ".away");
+  std::filesystem::create_symlink(keyFile + ".away", keyFile);
+  EXPECT_FALSE(resolve({token}));
+  std::filesystem::remove(keyFile);
+  writeFile(keyFile, "short");
+  chmod(keyFile.c_str(), 0600);
+  EXPECT_FALSE(resolve({token}));
+  std::filesystem::rename(keyFile + ".away", keyFile);
+}
+
+TEST_F(Token, CannotBeMadeWhereTheKeyCannotBeWritten) {
+  writeFile(temporary / "file", "");
+  LandlockSecurityScope keyless({.keyPath = temporary / "file/key", .alwaysAccessible = {}});
+  Error error;
+  EXPECT_FALSE(keyless.bookmarkDataForPath(folder, &error));
+  EXPECT_EQ(error.code, ENOTDIR);
+  EXPECT_NE(error.localizedDescription, "");
+}
+
+TEST_F(Token, OfPathsThatAreNotTextResolves) {
+  const std::string strange = temporary / "a\n\xff\\040 b";
+  makeFolder(strange);
+  EXPECT_THAT(resolve(bookmark(strange)), Optional(strange));
+}
+
+TEST(BookmarkKeyOfManyProcesses, IsTheSameForAll) {
+  for (int round = 0; round < 20; ++round) {
+    const TemporaryDirectory folder;
+    const BookmarkKey key(folder / "a/b/key");
+    std::vector<std::thread> threads;
+    std::vector<std::string> answers(4);
+    for (std::string& answer : answers) {
+      threads.emplace_back([&] {
+        answer = inChildProcess([&] {
+          const auto made = key.readOrMake(nullptr);
+          return made ? std::string(made->begin(), made->end()) : std::string();
+        });
+      });
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+    EXPECT_EQ(std::set<std::string>(answers.begin(), answers.end()).size(), 1U);
+    EXPECT_EQ(answers[0].size(), 32U);
+  }
+}
+
+TEST(BookmarkBytes, GiveBackEveryField) {
+  const Bookmark bookmark{
+      "/a/b", "b", "ext4", {"ext4:00ff", 0x0123456789abcdefU, -1, -2, std::string("\0\xff", 2)}};
+  EXPECT_EQ(bookmarkOfBytes(bytesOfBookmark(bookmark)), bookmark);
+}
+
+TEST(BookmarkBytes, ThatNoBookmarkHasAreRefused) {
+  const DirectoryIdentity identity{"ext4:00ff", 2, 0, 0, ""};
+  EXPECT_TRUE(bookmarkOfBytes(bytesOfBookmark({"/a", "a", "ext4", identity})));
+  EXPECT_FALSE(bookmarkOfBytes(bytesOfBookmark({"a", "a", "ext4", identity})));
+  EXPECT_FALSE(bookmarkOfBytes(bytesOfBookmark({std::string("/a\0b", 4), "a", "ext4", identity})));
+  EXPECT_FALSE(bookmarkOfBytes(bytesOfBookmark({"/a", "a", "ext4", {}})));
+  EXPECT_FALSE(bookmarkOfBytes(""));
+}
+
+}  // namespace
+}  // namespace quennel::test

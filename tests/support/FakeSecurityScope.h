@@ -1,0 +1,50 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/SecurityScope.h"
+
+namespace quennel::test {
+
+/// A scope over folders that the test writes down. Work runs where it is called, held back only
+/// when its item is not below a granted folder.
+class FakeSecurityScope : public SecurityScope {
+ public:
+  /// Every `startAccessing` and `stopAccessing` by its path, in order.
+  std::vector<std::string> started;
+  std::vector<std::string> stopped;
+  /// The panels' answers.
+  std::vector<std::pair<std::string, Extent>> allowed;
+  /// Folders that no token can be made for.
+  std::set<std::string> unbookmarkable;
+
+  /// A folder is the same one wherever it is moved, and another one when it was removed and added
+  /// again.
+  void addFolder(const std::string& path) { _folders[path] = ++_lastFolder; }
+  void removeFolder(const std::string& path) { _folders.erase(path); }
+  void moveFolder(const std::string& path, const std::string& toPath);
+
+  std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
+                                                        Error* error) override;
+  std::optional<std::string> pathByResolvingBookmarkData(
+      const PropertyList::Data& bookmark) override;
+  bool startAccessing(const std::string& path) override;
+  void stopAccessing(const std::string& path) override;
+  void allowForThisRun(const std::string& path, Extent extent) override;
+  bool isAccessible(const std::string& path) const override;
+  bool performConfined(const std::string& path, const Work& work, Error* error) override;
+  bool performOnItem(const std::string& path, const Work& work, Error* error) const override;
+
+ private:
+  std::map<std::string, int> _folders;
+  int _lastFolder = 0;
+  std::set<std::string> _resolved;
+  std::multiset<std::string> _accessible;
+};
+
+}  // namespace quennel::test
