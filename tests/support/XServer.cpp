@@ -1,0 +1,80 @@
+#include "tests/support/XServer.h"
+
+#include <stdexcept>
+
+namespace quennel::test {
+namespace {
+
+/// The standard output of a program run to its end, without the line end.
+std::string outputOf(const std::vector<std::string>& arguments) {
+  Process process(arguments);
+  process.wait();
+  std::string output = process.output();
+  if (output.ends_with('\n')) {
+    output.pop_back();
+  }
+  return output;
+}
+
+/// Empty when there is no such window.
+std::string nameOf(const std::string& window) {
+  return outputOf({"xdotool", "getwindowname", window});
+}
+
+}  // namespace
+
+std::optional<std::string> XServer::missingProgram() {
+  for (const char* const program : {"Xvfb", "openbox", "xdotool", "xprop", "import"}) {
+    if (!isInstalled(program)) {
+      return program;
+    }
+  }
+  return std::nullopt;
+}
+
+XServer::XServer() {
+  // Writes the number of the display that it has found free to its standard output.
+  _server.emplace(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24",
+                                           "-nolisten", "tcp", "-noreset"});
+  if (!_server->waitForOutput("\n")) {
+    throw std::runtime_error("Xvfb does not start");
+  }
+  const std::string output = _server->output();
+  _display.emplace("DISPLAY", ":" + output.substr(0, output.find('\n')));
+  _windowManager.emplace(
+      std::vector<std::string>{"openbox", "--sm-disable", "--startup", "echo ready"});
+  if (!_windowManager->waitForOutput("ready")) {
+    throw std::runtime_error("openbox does not start");
+  }
+}
+
+std::string XServer::activeWindow() const {
+  // The focus itself: what the window manager calls active has it a moment later, and may be gone.
+  return outputOf({"xdotool", "getwindowfocus"});
+}
+
+std::string XServer::waitForActiveWindow(const std::string& title,
+                                         const std::string& otherThan) const {
+  std::string window;
+  const auto appears = [&] {
+    window = activeWindow();
+    return window != otherThan && nameOf(window) == title;
+  };
+  return eventually(appears) ? window : "";
+}
+
+bool XServer::waitForNoActiveWindow(const std::string& title) const {
+  return eventually([&] { return nameOf(activeWindow()) != title; });
+}
+
+std::string XServer::windowProperty(const std::string& window, const std::string& property) const {
+  return outputOf({"xprop", "-id", window, property});
+}
+
+void XServer::pressKey(const std::string& key) const { outputOf({"xdotool", "key", key}); }
+
+void XServer::takeScreenshot(const std::string& path) const {
+  outputOf({"import", "-window", "root", path});
+}
+
+}  // namespace quennel::test

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/Process.h"
+
+namespace quennel::test {
+
+/// An X display in memory, with a window manager, that the test has for itself. DISPLAY names it
+/// while it lives.
+class XServer {
+ public:
+  /// The first program that the machine lacks for this; nothing when all are there.
+  static std::optional<std::string> missingProgram();
+
+  XServer();
+
+  /// The window that has the keyboard.
+  std::string activeWindow() const;
+
+  /// Waits until a window of that title, and not `otherThan`, has the keyboard. Empty when that
+  /// does not come about.
+  std::string waitForActiveWindow(const std::string& title,
+                                  const std::string& otherThan = {}) const;
+
+  /// Waits until no window of that title has the keyboard.
+  [[nodiscard]] bool waitForNoActiveWindow(const std::string& title) const;
+
+  /// A property of the window as xprop shows it.
+  std::string windowProperty(const std::string& window, const std::string& property) const;
+
+  /// Presses a key, such as "Return", as the user of the display.
+  void pressKey(const std::string& key) const;
+
+  /// Writes a picture of the screen, as PNG.
+  void takeScreenshot(const std::string& path) const;
+
+  /// Ends the display under its clients.
+  void kill() { _server->terminate(); }
+
+ private:
+  std::optional<Process> _server;
+  std::optional<EnvironmentVariable> _display;
+  std::optional<Process> _windowManager;
+};
+
+}  // namespace quennel::test
