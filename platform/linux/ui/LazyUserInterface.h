@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/UserInterface.h"
+
+namespace quennel {
+
+class RunLoop;
+
+/// The user interface of a program that seldom needs one: the toolkit comes with a module that is
+/// loaded at the first use and stays loaded. Where the module is missing, alerts go to standard
+/// error, after one note that says so, and no file type has a description.
+class LazyUserInterface : public UserInterface {
+ public:
+  /// `runLoop` is not owned. Nothing is loaded yet.
+  LazyUserInterface(RunLoop& runLoop, std::string modulePath);
+  ~LazyUserInterface() override;
+
+  int runModal(const Alert& alert) override;
+  /// Brings to the front what is shown now. What is shown later comes to the front by itself, so
+  /// that nothing is loaded for this.
+  void activateIgnoringOtherApps() override;
+  std::optional<std::string> localizedDescriptionOfFileExtension(
+      const std::string& extension) override;
+
+ private:
+  /// The interface of the module, or null where it cannot be loaded.
+  UserInterface* loaded();
+  std::unique_ptr<UserInterface> load() const;
+
+  RunLoop& _runLoop;
+  std::string _modulePath;
+  bool _loadingTried = false;
+  std::unique_ptr<UserInterface> _userInterface;
+};
+
+}  // namespace quennel
