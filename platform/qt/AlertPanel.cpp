@@ -61,7 +61,6 @@ void setUpLabel(QLabel& label) {
 }  // namespace
 
 AlertPanel::AlertPanel(const Alert& alert)
-    // Above the alert that is shown already, if there is one.
     : QMessageBox(QApplication::activeModalWidget()), _answer(dismissingAnswer(alert)) {
   setWindowTitle("Quennel");
   setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
