@@ -18,6 +18,7 @@ constexpr auto configurationEnd = R"(
   <limit name="max_incoming_bytes">1000000000</limit>
   <limit name="max_outgoing_bytes">1000000000</limit>
   <limit name="max_message_size">1000000000</limit>
+  <limit name="max_pending_service_starts">10000</limit>
   <limit name="max_replies_per_connection">50000</limit>
   <limit name="max_match_rules_per_connection">50000</limit>
 </busconfig>
