@@ -4,7 +4,8 @@
 
 namespace quennel {
 
-/// The helper on the user's session bus. Connects anew for every operation.
+/// The helper on the user's session bus. Connects anew for every operation: most commands do
+/// without.
 class BusHelperConnection final : public HelperConnection {
  public:
   void open(const std::string& url) override;

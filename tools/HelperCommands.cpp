@@ -4,6 +4,7 @@
 #include <string>
 #include <system_error>
 
+#include "platform/values/Text.h"
 #include "platform/values/URL.h"
 #include "tools/Command.h"
 #include "tools/CommandError.h"
@@ -31,7 +32,11 @@ void makeFile(const Options& options, CommandContext& context) {
 }
 
 void notify(const Options& options, CommandContext& context) {
-  if (!context.helper.notify(options.arguments()[0])) {
+  const std::string& command = options.arguments()[0];
+  if (command.empty() || !isValidUTF8(command)) {
+    throw UsageError("'" + shown(command) + "' is no command");
+  }
+  if (!context.helper.notify(command)) {
     context.errors << "The helper is not running.\n";
   }
 }

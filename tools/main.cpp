@@ -1,12 +1,11 @@
-#include <filesystem>
 #include <iostream>
+#include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
+#include "platform/linux/bundle/PrefixBundle.h"
 #include "platform/linux/settings/PropertyListFile.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
-#include "platform/values/Path.h"
 #include "tools/BusHelperConnection.h"
 #include "tools/CommandLine.h"
 
@@ -14,13 +13,12 @@ namespace {
 
 using namespace quennel;
 
-/// What the settings say until somebody sets them, from the resources beside this program.
+/// What the settings say until somebody sets them.
 PropertyList::Dictionary defaultSettings() {
-  std::error_code error;
-  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-  const std::string prefix = deletingLastPathComponent(deletingLastPathComponent(program.native()));
-  const std::string path = appendingPathComponent(prefix, "share/quennelhelper/Defaults.plist");
-  return dictionaryWithContentsOfFile(path).value_or(PropertyList::Dictionary());
+  const PrefixBundle bundle;
+  const auto path = bundle.pathForResource("Defaults", "plist");
+  const auto defaults = path ? bundle.dictionaryWithContentsOfFile(*path) : std::nullopt;
+  return defaults.value_or(PropertyList::Dictionary());
 }
 
 /// Unreadable settings read as empty; a person should know why.

@@ -190,6 +190,12 @@ TEST_F(HelperTest, NotifyPostsTheCommand) {
   EXPECT_EQ(helper->signals, Words{"net.brellow.QuennelHelper quit"});
 }
 
+TEST_F(HelperTest, NotifyRefusesWhatCannotTravel) {
+  EXPECT_EQ(serve({"notify", ""}).status, 2);
+  EXPECT_EQ(serve({"notify", "\xFF"}).errors,
+            "quennelctl: '\\xff' is no command\nSee 'quennelctl notify --help'.\n");
+}
+
 TEST_F(HelperTest, NotifySaysWhenNoHelperIsRunning) {
   const Answer answer = serve({"notify", "quit"});
   EXPECT_EQ(answer.status, 0);
