@@ -110,7 +110,8 @@ std::string Mount::relativePathOf(std::string_view path) const {
 }
 
 std::optional<std::string> Mount::pathOf(std::string_view relativePath) const {
-  const std::string inside = "/" + std::string(relativePath);
+  std::string inside("/");
+  inside += relativePath;
   const auto part = partBelow(root, inside);
   return part ? std::optional(joined(point, *part)) : std::nullopt;
 }
