@@ -9,8 +9,8 @@
 #include "platform/linux/files/PosixFileManager.h"
 #include "platform/linux/scope/ConfinedFileManager.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
-#include "tests/support/Volume.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Volume.h"
 
 namespace quennel::test {
 
