@@ -9,6 +9,7 @@
 #include "tests/contract/keys/HotKeyDesktop.h"
 #include "tests/support/HotKeyActions.h"
 #include "tests/support/KeyboardDisplay.h"
+#include "tests/support/PrivateBus.h"
 
 namespace quennel::test {
 namespace {
@@ -67,12 +68,15 @@ class HotKeyCenterContract : public testing::TestWithParam<Kind> {
 };
 
 const char* nothing() { return nullptr; }
+const char* missingBus() { return PrivateBus::isAvailable() ? nullptr : "dbus-daemon"; }
 
-INSTANTIATE_TEST_SUITE_P(, HotKeyCenterContract,
-                         testing::Values(Kind{"Fake", nothing, makeFakeDesktop},
-                                         Kind{"X11", KeyboardDisplay::missingProgram,
-                                              makeX11Desktop}),
-                         [](const auto& kind) { return kind.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    , HotKeyCenterContract,
+    testing::Values(Kind{"Fake", nothing, makeFakeDesktop},
+                    Kind{"X11", KeyboardDisplay::missingProgram, makeX11Desktop},
+                    Kind{"Portal", missingBus, makePortalDesktop},
+                    Kind{"RealPortal", missingForRealPortal, makeRealPortalDesktop}),
+    [](const auto& kind) { return kind.param.name; });
 
 }  // namespace
 

@@ -49,5 +49,9 @@ using MakeHotKeyDesktop = std::unique_ptr<HotKeyDesktop> (*)();
 
 std::unique_ptr<HotKeyDesktop> makeFakeDesktop();
 std::unique_ptr<HotKeyDesktop> makeX11Desktop();
+std::unique_ptr<HotKeyDesktop> makePortalDesktop();
+/// With the portal that desktops ship.
+std::unique_ptr<HotKeyDesktop> makeRealPortalDesktop();
+const char* missingForRealPortal();
 
 }  // namespace quennel::test

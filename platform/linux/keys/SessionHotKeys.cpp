@@ -1,0 +1,62 @@
+#include "platform/linux/keys/SessionHotKeys.h"
+
+#include <dlfcn.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/keys/HotKeyModule.h"
+#include "platform/linux/keys/PortalHotKeys.h"
+
+namespace quennel {
+namespace {
+
+std::string_view environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value ? value : "";
+}
+
+std::unique_ptr<HotKeyBackend> openModule(const std::string& path, EventRunLoop& runLoop,
+                                          HotKeyListener& listener, Error* error) {
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  void* const symbol = module ? dlsym(module, openX11HotKeysSymbol) : nullptr;
+  if (!symbol) {
+    failWith(error, ENOENT, "The part of this program that binds keys is missing.");
+    return nullptr;
+  }
+  return std::unique_ptr<HotKeyBackend>(
+      reinterpret_cast<OpenX11HotKeys*>(symbol)(runLoop.handle(), runLoop, listener, error));
+}
+
+}  // namespace
+
+HotKeyMeans hotKeyMeansOfSession() {
+  if (!environment("WAYLAND_DISPLAY").empty() || environment("XDG_SESSION_TYPE") == "wayland") {
+    return HotKeyMeans::Portal;
+  }
+  return environment("DISPLAY").empty() ? HotKeyMeans::None : HotKeyMeans::XServer;
+}
+
+DesktopHotKeyCenter::OpenBackend openHotKeysOfSession(SessionBus& bus,
+                                                      std::string applicationIdentifier,
+                                                      std::string modulePath) {
+  return [&bus, applicationIdentifier = std::move(applicationIdentifier),
+          modulePath = std::move(modulePath)](HotKeyListener& listener,
+                                              Error* error) -> std::unique_ptr<HotKeyBackend> {
+    switch (hotKeyMeansOfSession()) {
+      case HotKeyMeans::Portal:
+        return PortalHotKeys::open(bus, applicationIdentifier, listener, error);
+      case HotKeyMeans::XServer:
+        return openModule(modulePath, bus.runLoop(), listener, error);
+      case HotKeyMeans::None:
+        break;
+    }
+    failWith(error, ENOTSUP, "This session has no keys that work in all programs.");
+    return nullptr;
+  };
+}
+
+}  // namespace quennel
