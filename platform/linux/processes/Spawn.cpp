@@ -55,6 +55,7 @@ void SpawnFileActions::addStandardInputAndCloseTheRest() {
 
 std::vector<char*> spawnArguments(const std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments) {
     // posix_spawn takes its strings as not constant and leaves them as they are.
     pointers.push_back(const_cast<char*>(argument.c_str()));
