@@ -267,6 +267,18 @@ TEST_F(PortalHotKeysTest, PressThatIsMeantForAnotherSessionOrAnUnknownKeySendsNo
   EXPECT_EQ(_actions.received, Names{"press by a"});
 }
 
+TEST_F(PortalHotKeysTest, PressOnItsWayWhileTheSetIsBoundAnewIsNotLost) {
+  bind("a", "Ctrl+Alt+N");
+  ASSERT_TRUE(comesToBind({"a"}));
+  settle();
+  _portal->press("CTRL+ALT+n");
+  bind("b", "Ctrl+Alt+M");
+  // The update is queued before the press is read.
+  EXPECT_TRUE(comesToBind({"a", "b"}));
+  settle();
+  EXPECT_EQ(_actions.received, Names{"press by a"});
+}
+
 TEST_F(PortalHotKeysTest, NextPortalIsAskedForWhatTheLastOneHadBound) {
   bind("a", "Ctrl+Alt+N");
   ASSERT_TRUE(comesToBind({"a"}));

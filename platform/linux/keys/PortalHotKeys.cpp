@@ -236,6 +236,7 @@ void PortalHotKeys::bindShortcuts() {
 /// Whatever is not in the answer has been refused.
 void PortalHotKeys::takeShortcuts(const Results& results) {
   const auto identifiers = results ? identifiersIn(*results) : std::vector<std::string>();
+  _closedSession.clear();
   Shortcuts refused = std::exchange(_sessionShortcuts, {});
   const auto firstBound =
       std::stable_partition(refused.begin(), refused.end(), [&](const Shortcut& shortcut) {
@@ -258,6 +259,7 @@ void PortalHotKeys::closeSession() {
   if (call && sd_bus_message_set_expect_reply(call.get(), 0) >= 0) {
     sd_bus_send(_bus.connection(), call.get(), nullptr);
   }
+  _closedSession = _session;
   forgetSession();
 }
 
@@ -299,7 +301,8 @@ void PortalHotKeys::takeActivated(sd_bus_message* message) {
   const char* session = nullptr;
   const char* identifier = nullptr;
   if (!sd_bus_message_has_signature(message, "osta{sv}") ||
-      sd_bus_message_read(message, "os", &session, &identifier) <= 0 || session != _session) {
+      sd_bus_message_read(message, "os", &session, &identifier) <= 0 ||
+      (session != _session && session != _closedSession)) {
     return;
   }
   const auto hasIdentifier = [&](const Binding& binding) {

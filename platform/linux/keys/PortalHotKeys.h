@@ -84,6 +84,8 @@ class PortalHotKeys final : public HotKeyBackend {
   /// The path of the session, empty when there is none, and what it has bound or been asked to.
   std::string _session;
   Shortcuts _sessionShortcuts;
+  /// The session before it: presses that were on their way when it was closed count.
+  std::string _closedSession;
   /// The question that the portal has not yet answered.
   std::unique_ptr<PortalRequest> _request;
   std::uint64_t _lastToken = 0;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ struct Kind {
   MissingProgram missingProgram;
   MakeHotKeyDesktop make;
 };
+
+void PrintTo(const Kind& kind, std::ostream* stream) { *stream << kind.name; }
 
 class HotKeyCenterContract : public testing::TestWithParam<Kind> {
  protected:
