@@ -68,6 +68,11 @@ void FakeKernelQueue::answerNextWait(int result) {
   _changed.notify_all();
 }
 
+void FakeKernelQueue::refuseRegistrations(bool refuse) {
+  const Lock lock(_mutex);
+  _refusesRegistrations = refuse;
+}
+
 std::vector<KernelEvent> FakeKernelQueue::changes() const {
   const Lock lock(_mutex);
   return _changes;
@@ -110,7 +115,7 @@ int FakeKernelQueue::kevent(const KernelEvent& change) {
   const Lock lock(_mutex);
   _changes.push_back(change);
   const auto descriptor = _descriptors.find(change.ident);
-  if (descriptor == _descriptors.end() || change.filter != EVFILT_VNODE ||
+  if (_refusesRegistrations || descriptor == _descriptors.end() || change.filter != EVFILT_VNODE ||
       (change.flags & EV_ADD) == 0) {
     return -1;
   }

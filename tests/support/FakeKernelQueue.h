@@ -33,6 +33,8 @@ class FakeKernelQueue final : public KernelQueue {
   void deliver(const KernelEvent& event);
   /// The next wait answers this at once, with no event.
   void answerNextWait(int result);
+  /// Whether registrations fail from now on.
+  void refuseRegistrations(bool refuse);
 
   // What was asked of it
 
@@ -68,6 +70,7 @@ class FakeKernelQueue final : public KernelQueue {
   std::vector<KernelEvent> _changes;
   std::vector<std::chrono::nanoseconds> _timeouts;
   std::vector<std::thread::id> _handling;  // that have an event and have not come back
+  bool _refusesRegistrations = false;
   bool _ended = false;
 };
 

@@ -1,30 +1,14 @@
-#include <fstream>
-#include <limits>
-#include <string>
-#include <unordered_set>
 #include <utility>
 
+#include "platform/linux/mounts/MountTable.h"
 #include "platform/linux/watch/VnodeTable.h"
 
 namespace quennel {
 
 namespace {
 
-using MountNumbers = std::unordered_set<std::uint32_t>;
-
-/// What is mounted now, by the numbers that stand first in the lines of the mount table.
-MountNumbers currentMounts() {
-  MountNumbers numbers;
-  std::ifstream table("/proc/self/mountinfo");
-  for (std::uint32_t number = 0; table >> number;) {
-    numbers.insert(number);
-    table.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-  }
-  return numbers;
-}
-
-bool isMounted(const FileState& state, const MountNumbers& mounts) {
-  return state.mount == 0 || mounts.empty() || mounts.contains(state.mount);
+bool isMounted(const FileState& state, const MountTable& mounts) {
+  return state.mount == 0 || mounts.mounts().empty() || mounts.mountWithId(state.mount);
 }
 
 /// What lies between the last look at the object and this one. `wasInSight` is false when it was
@@ -40,7 +24,7 @@ std::uint32_t missedChanges(Vnode& watched, const FileState& state, bool wasInSi
 }  // namespace
 
 void VnodeTable::updateMounts() {
-  const auto mounts = currentMounts();
+  const auto mounts = MountTable::current();
   for (int descriptor = 0; descriptor < count(); ++descriptor) {
     if (vnode(descriptor).wanted & NOTE_REVOKE && !isMounted(vnode(descriptor).state, mounts)) {
       post(descriptor, volumeRemoved(descriptor));
@@ -70,7 +54,7 @@ void VnodeTable::lookAtEverything() {
 
 /// The kernel has ended the watches of objects that are no more; all others have other names now.
 void VnodeTable::explainDisappearance(const std::vector<int>& descriptors) {
-  const auto mounts = currentMounts();
+  const auto mounts = MountTable::current();
   const auto live = _watches.inotify().liveWatches();
   std::vector<int> moved;
   for (const int descriptor : descriptors) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/locale/UserLocale.h"
+#include "platform/linux/mounts/MountTable.h"
 #include "platform/values/Path.h"
 
 namespace quennel {
@@ -90,6 +91,9 @@ std::optional<VnodeTable::Sighting> VnodeTable::watchObjectAt(const char* path) 
   }
   if (_watches.find(watch)) {
     update();  // what happened to the object so far does not concern the new descriptor
+    if (!_watches.find(watch)) {
+      return watchObjectAt(path);  // the object is no more, and something else may be there
+    }
   }
   const auto state = FileState::atPath(path);
   if (!state) {
@@ -164,7 +168,7 @@ bool VnodeTable::submit(const KernelEvent& change) {
     watchDirectory(change.ident);
   }
   if (watched.wanted & NOTE_REVOKE && !_mounts) {
-    _mounts.reset(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
+    _mounts.reset(::open(MountTable::path, O_RDONLY | O_CLOEXEC));
   }
   return true;
 }

@@ -22,7 +22,7 @@ class WatchTable {
   /// Null when the watch is not in the table. Stays valid until it is removed.
   Watch* find(int watch) {
     const auto page = _pages.find(watch / pageSize);
-    if (page == _pages.end()) {
+    if (watch < 0 || page == _pages.end()) {
       return nullptr;
     }
     Watch& found = page->second->watches[index(watch)];

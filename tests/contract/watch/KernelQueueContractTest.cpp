@@ -349,6 +349,18 @@ TEST_P(KernelQueueContract, ADeletedFileGivesOneEvent) {
   EXPECT_THAT(happened(), IsEmpty());
 }
 
+TEST_P(KernelQueueContract, ClosingTheDescriptorOfADeletedFileLeavesTheOthers) {
+  addFile("file");
+  addFile("other");
+  const int descriptor = watch("file");
+  const int other = watch("other", NOTE_WRITE);
+  _world->remove(at("file"));
+  EXPECT_EQ(happened().size(), 1U);
+  _queue->close(descriptor);
+  append("other");
+  EXPECT_THAT(happened(), ElementsAre(Happened(other, NOTE_WRITE)));
+}
+
 TEST_P(KernelQueueContract, AWaitWithoutEventsEndsWithItsTimeout) {
   KernelEvent event;
   const auto start = std::chrono::steady_clock::now();
