@@ -143,9 +143,11 @@ BusURLEvents::Role BusURLEvents::claim(const std::vector<std::string>& urls) {
 /// The URLs of the command line come before those that the bus brought meanwhile.
 BusURLEvents::Role BusURLEvents::keepOwn(Role role, const std::vector<std::string>& urls,
                                          const std::string& token) {
-  for (auto url = urls.rbegin(); url != urls.rend(); ++url) {
-    _kept.push_front({escapingInvalidCharacters(*url), token});
+  std::deque<URLEvent> events;
+  for (const auto& url : urls) {
+    events.push_back({escapingInvalidCharacters(url), token});
   }
+  _kept.insert(_kept.begin(), events.begin(), events.end());
   return role;
 }
 
