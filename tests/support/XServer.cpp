@@ -1,5 +1,7 @@
 #include "tests/support/XServer.h"
 
+#include <signal.h>
+
 #include <stdexcept>
 
 namespace quennel::test {
@@ -75,6 +77,11 @@ void XServer::pressKey(const std::string& key) const { outputOf({"xdotool", "key
 
 void XServer::takeScreenshot(const std::string& path) const {
   outputOf({"import", "-window", "root", path});
+}
+
+void XServer::kill() {
+  _server->sendSignal(SIGKILL);
+  _server->wait();
 }
 
 }  // namespace quennel::test

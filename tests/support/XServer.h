@@ -39,7 +39,7 @@ class XServer {
   void takeScreenshot(const std::string& path) const;
 
   /// Ends the display under its clients.
-  void kill() { _server->terminate(); }
+  void kill();
 
  private:
   std::optional<Process> _server;
