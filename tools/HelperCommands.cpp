@@ -15,7 +15,7 @@ namespace quennel {
 namespace {
 
 std::string existingFolder(const std::string& name) {
-  const std::string path = existingPath(name);
+  std::string path = existingPath(name);
   std::error_code error;
   if (!std::filesystem::is_directory(path, error)) {
     throw CommandFailure(shown(path) + " is not a folder");

@@ -59,6 +59,7 @@ void set(const Options& options, CommandContext& context) {
 
 void getAll(CommandContext& context) {
   std::vector<std::vector<std::string>> rows;
+  rows.reserve(switches.size());
   for (const std::string_view key : switches) {
     rows.push_back({std::string(key), context.settings.boolForKey(key) ? "yes" : "no"});
   }

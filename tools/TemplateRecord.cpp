@@ -27,7 +27,7 @@ struct stat statusOf(const std::string& path) {
 
 /// The absolute path of a file or folder that can be a template.
 std::string templateFile(const std::string& name) {
-  const std::string path = existingPath(name);
+  std::string path = existingPath(name);
   const struct stat status = statusOf(path);
   const bool isFolder = S_ISDIR(status.st_mode);
   if (!isFolder && !S_ISREG(status.st_mode)) {
@@ -128,7 +128,7 @@ FileTemplate TemplateDescription::appliedTo(const FileTemplate& record) const {
   set(entries, "filePath", filePath);
   set(entries, "executable", executable);
   set(entries, "enabled", enabled);
-  const FileTemplate changed = std::move(entries);
+  FileTemplate changed = std::move(entries);
   if (prefix || suffix) {
     checkName(nameMadeBy(changed));
   }

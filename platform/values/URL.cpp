@@ -230,7 +230,11 @@ std::optional<URL> URL::create(std::string_view string) {
   if (!areValid(parts)) {
     return std::nullopt;
   }
-  return URL(string, decodedPath(parts), std::optional<std::string>(parts.query));
+  std::optional<std::string> query;
+  if (parts.query) {
+    query = std::string(*parts.query);
+  }
+  return URL(string, decodedPath(parts), std::move(query));
 }
 
 std::string escapingInvalidCharacters(std::string_view string) {

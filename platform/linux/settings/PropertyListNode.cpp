@@ -284,8 +284,8 @@ PropertyListNode nodeOfPropertyList(const PropertyList& value) {
 }
 
 void setEntryOfNode(plist_t dictionary, const std::string& key, const PropertyList& value) {
-  PropertyListNode node = nodeOfPropertyList(value);
-  plist_dict_set_item(dictionary, storable(key).c_str(), node.release());
+  const char* name = storable(key).c_str();
+  plist_dict_set_item(dictionary, name, nodeOfPropertyList(value).release());
 }
 
 PropertyListNode nodeOfEntry(const std::string& key, const PropertyList& value) {

@@ -178,14 +178,15 @@ std::string settingXMLEntry(std::string text, const std::string& key,
   }
   std::string markup = value ? markupOfEntry(key, *value) : std::string();
   // From the end, so that the places before stay right.
-  for (auto entry = outline->entries.rbegin(); entry != outline->entries.rend(); ++entry) {
-    if (entry->key != key) {
+  for (std::size_t place = outline->entries.size(); place-- > 0;) {
+    const XMLOutline::Entry& entry = outline->entries[place];
+    if (entry.key != key) {
       continue;
     }
     if (markup.empty()) {
-      removeEntry(text, *entry);
+      removeEntry(text, entry);
     } else {
-      text.replace(entry->start, entry->end - entry->start, std::exchange(markup, {}));
+      text.replace(entry.start, entry.end - entry.start, std::exchange(markup, {}));
     }
   }
   if (!markup.empty()) {
