@@ -22,7 +22,7 @@ void require(bool done, const char* what) {
 GrantedWorld::GrantedWorld(int grants) {
   std::filesystem::create_directories(folder());
   std::ofstream(templateFile()) << std::string(4096, 'x');
-  LandlockSecurityScope landlock(scopeOptions(root()));
+  LandlockSecurityScope landlock(keyFile());
   SecurityScope& scope = landlock;
   for (int number = 1; number <= grants; ++number) {
     const std::string path =
@@ -32,10 +32,6 @@ GrantedWorld::GrantedWorld(int grants) {
     require(bookmark.has_value(), "a token could not be made");
     _bookmarks.push_back(std::move(*bookmark));
   }
-}
-
-LandlockSecurityScope::Options scopeOptions(const std::string& root) {
-  return {.keyPath = root + "/key", .alwaysAccessible = {}};
 }
 
 void startAccessing(SecurityScope& scope, const std::vector<PropertyList::Data>& bookmarks) {

@@ -18,6 +18,7 @@ class GrantedWorld {
 
   const std::string& root() const { return _root.path(); }
   std::string folder() const { return _root / "granted/a/b/c/d/e"; }
+  std::string keyFile() const { return _root / "key"; }
   std::string templateFile() const { return _root / "template"; }
   const std::vector<PropertyList::Data>& bookmarks() const { return _bookmarks; }
 
@@ -25,8 +26,6 @@ class GrantedWorld {
   test::TemporaryDirectory _root{"/dev/shm"};
   std::vector<PropertyList::Data> _bookmarks;
 };
-
-LandlockSecurityScope::Options scopeOptions(const std::string& root);
 
 /// As the helper does it when it starts.
 void startAccessing(SecurityScope& scope, const std::vector<PropertyList::Data>& bookmarks);

@@ -33,7 +33,7 @@ double creationTime(FileManager& files, const GrantedWorld& world) {
 /// What confining a creation adds to it, in a helper that is running.
 void measureCreation(Report& report, int grants) {
   const GrantedWorld world(grants);
-  LandlockSecurityScope scope(scopeOptions(world.root()));
+  LandlockSecurityScope scope(world.keyFile());
   startAccessing(scope, world.bookmarks());
   PosixFileManager files;
   ConfinedFileManager confined(files, scope);
@@ -50,7 +50,7 @@ void measureCreation(Report& report, int grants) {
 /// What finding one granted folder again takes at a start, beside opening it.
 void measureResolving(Report& report, int grants) {
   const GrantedWorld world(grants);
-  LandlockSecurityScope landlock(scopeOptions(world.root()));
+  LandlockSecurityScope landlock(world.keyFile());
   SecurityScope& scope = landlock;
   std::size_t turn = 0;
   const auto resolve = [&] {
@@ -93,7 +93,7 @@ int createCold(char** arguments) {
   for (std::size_t number = 0; number < std::stoul(arguments[5]); ++number) {
     bookmarks.push_back({files.contentsAtPath(tokenFile(root, number)).value_or("")});
   }
-  LandlockSecurityScope scope(scopeOptions(root));
+  LandlockSecurityScope scope(root + "/key");
   startAccessing(scope, bookmarks);
   ConfinedFileManager confined(files, scope);
   createFile(confined, arguments[4], path);

@@ -1,6 +1,7 @@
 #include "platform/linux/scope/BookmarkKey.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -8,11 +9,13 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/locale/UserLocale.h"
+#include "platform/values/Path.h"
 
 namespace quennel {
 
@@ -47,7 +50,24 @@ bool writeNewKey(const std::string& path) {
          fsync(file.get()) == 0 && std::rename(temporary.c_str(), path.c_str()) == 0;
 }
 
+std::string homeFolder() {
+  const char* home = std::getenv("HOME");
+  if (home && *home == '/') {
+    return home;
+  }
+  const passwd* user = getpwuid(getuid());
+  return user && user->pw_dir ? user->pw_dir : "/";
+}
+
 }  // namespace
+
+std::string BookmarkKey::pathForUser() {
+  // A relative path is to be ignored.
+  const char* set = std::getenv("XDG_DATA_HOME");
+  const std::string folder =
+      set && *set == '/' ? set : appendingPathComponent(homeFolder(), ".local/share");
+  return appendingPathComponent(folder, "net.brellow.QuennelHelper/bookmark-key");
+}
 
 std::optional<Key> BookmarkKey::read() const {
   const FileDescriptor file(open(_path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));

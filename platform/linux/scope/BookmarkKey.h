@@ -12,6 +12,9 @@ namespace quennel {
 /// someone else could have read or written is not used.
 class BookmarkKey {
  public:
+  /// Where the user's key is: in the user's folder for data.
+  static std::string pathForUser();
+
   /// `path` is where the file is or will be; its folder is made when it is needed.
   explicit BookmarkKey(std::string path) : _path(std::move(path)) {}
 

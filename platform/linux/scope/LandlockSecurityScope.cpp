@@ -76,13 +76,9 @@ int runConfined(int version, int folder, const std::function<void()>& work) {
 
 }  // namespace
 
-LandlockSecurityScope::LandlockSecurityScope(const Options& options)
-    : _key(options.keyPath),
-      _landlockVersion(std::min(options.landlockVersion, LandlockRuleset::kernelVersion())) {
-  for (const std::string& path : options.alwaysAccessible) {
-    allowForThisRun(path, Extent::Folder);
-  }
-}
+LandlockSecurityScope::LandlockSecurityScope(std::string keyPath, int landlockVersion)
+    : _key(std::move(keyPath)),
+      _landlockVersion(std::min(landlockVersion, LandlockRuleset::kernelVersion())) {}
 
 std::optional<PropertyList::Data> LandlockSecurityScope::bookmarkDataForPath(
     const std::string& path, Error* error) {

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
 #include "platform/SecurityScope.h"
 #include "platform/linux/scope/BookmarkKey.h"
@@ -25,16 +24,10 @@ namespace quennel {
 /// meant is checked before.
 class LandlockSecurityScope final : public SecurityScope {
  public:
-  struct Options {
-    /// The file with the key of the user's tokens; made when it is first needed.
-    std::string keyPath;
-    /// Folders that are accessible whatever the user granted: the program's own.
-    std::vector<std::string> alwaysAccessible;
-    /// The version of the kernel's interface to rely on; 0 for none.
-    int landlockVersion = LandlockRuleset::kernelVersion();
-  };
-
-  explicit LandlockSecurityScope(const Options& options);
+  /// `keyPath` is the file with the key of the user's tokens, which is made when it is first
+  /// needed; `landlockVersion` that of the kernel's interface to rely on, 0 for none.
+  explicit LandlockSecurityScope(std::string keyPath = BookmarkKey::pathForUser(),
+                                 int landlockVersion = LandlockRuleset::kernelVersion());
 
   std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
                                                         Error* error) override;

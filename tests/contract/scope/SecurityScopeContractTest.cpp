@@ -57,8 +57,7 @@ class LandlockWorld : public World {
 
  private:
   TemporaryDirectory _folder;
-  LandlockSecurityScope _scope{
-      {.keyPath = _folder / "key", .alwaysAccessible = {}, .landlockVersion = landlockVersion}};
+  LandlockSecurityScope _scope{_folder / "key", landlockVersion};
 };
 
 template <typename AnyWorld>

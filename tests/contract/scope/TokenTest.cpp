@@ -78,7 +78,7 @@ TEST_F(Token, OfEnormousSizeGivesNothingAtOnce) {
 
 TEST_F(Token, ForgedWithAnotherKeyGivesNothing) {
   const TemporaryDirectory other;
-  LandlockSecurityScope forger({.keyPath = other / "key", .alwaysAccessible = {}});
+  LandlockSecurityScope forger(other / "key");
   const auto forged = forger.bookmarkDataForPath(folder, nullptr);
   ASSERT_TRUE(forged);
   EXPECT_FALSE(resolve(*forged));
@@ -129,7 +129,7 @@ TEST_F(Token, DoesNotComeWithAKeyThatIsALinkOrNoKeyAtAll) {
 
 TEST_F(Token, CannotBeMadeWhereTheKeyCannotBeWritten) {
   writeFile(temporary / "file", "");
-  LandlockSecurityScope keyless({.keyPath = temporary / "file/key", .alwaysAccessible = {}});
+  LandlockSecurityScope keyless(temporary / "file/key");
   Error error;
   EXPECT_FALSE(keyless.bookmarkDataForPath(folder, &error));
   EXPECT_EQ(error.code, ENOTDIR);

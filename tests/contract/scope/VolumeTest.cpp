@@ -40,10 +40,7 @@ void VolumeTest::mountFresh(Filesystem filesystem) {
 }
 
 std::unique_ptr<SecurityScope> VolumeTest::newScope(int landlockVersion) const {
-  return std::make_unique<LandlockSecurityScope>(
-      LandlockSecurityScope::Options{.keyPath = temporary / "keys/key",
-                                     .alwaysAccessible = {},
-                                     .landlockVersion = landlockVersion});
+  return std::make_unique<LandlockSecurityScope>(temporary / "keys/key", landlockVersion);
 }
 
 void VolumeTest::grant(const std::string& path) {
