@@ -5,6 +5,7 @@
 #include "platform/RunLoop.h"
 #include "platform/URLEvents.h"
 #include "platform/UserDefaults.h"
+#include "platform/VolumeEvents.h"
 
 namespace quennel {
 
@@ -26,9 +27,12 @@ AppDelegate::AppDelegate(const Platform& platform) : _platform(platform), _util(
   };
   observe(_platform.mainBundle.bundleIdentifier());
   observe(sharedSuiteName);
+  _volumeObserver = _platform.volumeEvents.addObserver([this] { workspaceDidMount(); },
+                                                       [this] { workspaceDidUnmount(); });
+  startAccessingURLs();
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() { stopAccessingURLs(); }
 
 void AppDelegate::applicationWillFinishLaunching() {
   _urlHandler =
@@ -37,7 +41,10 @@ void AppDelegate::applicationWillFinishLaunching() {
 
 void AppDelegate::applicationDidFinishLaunching() { checkAndTerminate(); }
 
-void AppDelegate::applicationWillTerminate() { _observers.clear(); }
+void AppDelegate::applicationWillTerminate() {
+  _observers.clear();
+  _volumeObserver.reset();
+}
 
 void AppDelegate::userDefaultsDidChange(const Notification& notification) {
   if (notification.object == "quit") {

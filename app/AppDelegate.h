@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,8 @@ inline constexpr const char* sharedSuiteName = "Q4T7N2W9X5.net.brellow.Quennel";
 /// it puts on the main queue, because the queue drops its work when the loop ends.
 class AppDelegate {
  public:
-  /// Opens the settings and starts listening to the main application.
+  /// Opens the settings, starts listening to the main application and to volumes that come and go,
+  /// and starts access to the directories that the user has granted.
   explicit AppDelegate(const Platform& platform);
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
@@ -67,6 +69,23 @@ class AppDelegate {
   /// Makes the file that the URL asks for: its path is the folder, its query the template's index.
   void handleURLEvent(const URLEvent& event);
 
+  // Granted directories: access/AppDelegate+Access.cpp
+
+  /// Starts access to every recorded directory that can be found. Does not end access that was
+  /// started before.
+  void startAccessingURLs();
+  /// Ends access to all `openedURLs`, and leaves them in the set.
+  void stopAccessingURLs();
+  void restartAccessingURLs();
+  void workspaceDidMount();
+  void workspaceDidUnmount();
+  /// Records the directory that the user chose, for later runs: access to it is not started. A
+  /// directory whose path is recorded already is not recorded again. `url` is the path of the file
+  /// URL.
+  void saveAuthorizedURL(const std::string& url);
+  /// The paths of the directories to which `startAccessingURLs` started access.
+  const std::set<std::string>& openedURLs() const { return _openedURLs; }
+
   // Creation without a dialog: creation/AppDelegate+Creation.cpp
 
   /// Makes a file from the template in `dir`. No directory makes no file.
@@ -88,8 +107,10 @@ class AppDelegate {
   AppUtil _util;
   bool _shouldHandleURL = false;
   std::int64_t _panelCount = 0;
+  std::set<std::string> _openedURLs;
   std::vector<std::unique_ptr<Registration>> _observers;
   std::unique_ptr<Registration> _urlHandler;
+  std::unique_ptr<Registration> _volumeObserver;
 };
 
 }  // namespace quennel

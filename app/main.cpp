@@ -13,6 +13,8 @@
 #include "platform/linux/desktop/DesktopWorkspace.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/files/PosixFileManager.h"
+#include "platform/linux/mounts/MountTableEvents.h"
+#include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
 #include "platform/linux/ui/LazyUserInterface.h"
 
@@ -35,6 +37,7 @@ class Helper {
       : _runLoop(runLoop),
         _sharedDefaults(PropertyListUserDefaults::pathForDomain(sharedSuiteName)),
         _workspace(runLoop, bus),
+        _volumeEvents(runLoop),
         _notificationCenter(bus),
         _userInterface(runLoop, _bundle.userInterfaceModulePath()),
         _sound(_bundle),
@@ -42,7 +45,9 @@ class Helper {
                    .sharedDefaults = _sharedDefaults,
                    .mainBundle = _bundle,
                    .fileManager = _fileManager,
+                   .securityScope = _securityScope,
                    .workspace = _workspace,
+                   .volumeEvents = _volumeEvents,
                    .distributedNotificationCenter = _notificationCenter,
                    .urlEvents = urlEvents,
                    .userInterface = _userInterface,
@@ -65,7 +70,9 @@ class Helper {
   PrefixBundle _bundle;
   PropertyListUserDefaults _sharedDefaults;
   PosixFileManager _fileManager;
+  LandlockSecurityScope _securityScope;
   DesktopWorkspace _workspace;
+  MountTableEvents _volumeEvents;
   BusDistributedNotificationCenter _notificationCenter;
   LazyUserInterface _userInterface;
   CanberraSound _sound;

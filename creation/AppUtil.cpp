@@ -5,6 +5,7 @@
 
 #include "creation/FreeName.h"
 #include "platform/DistributedNotificationCenter.h"
+#include "platform/SecurityScope.h"
 #include "platform/values/Path.h"
 #include "platform/values/Text.h"
 
@@ -113,6 +114,14 @@ bool AppUtil::isWritableFileAtPath(const std::optional<std::string>& path) const
   }
   const auto unescaped = removingPercentEscapes(tested);
   return unescaped && files().isWritableFileAtPath(*unescaped);
+}
+
+std::optional<PropertyList::Data> AppUtil::bookmarkFromURL(const std::string& url) const {
+  return _platform.securityScope.bookmarkDataForPath(url);
+}
+
+std::optional<std::string> AppUtil::urlFromBookmark(const PropertyList::Data& bookmark) const {
+  return _platform.securityScope.pathByResolvingBookmarkData(bookmark);
 }
 
 void AppUtil::updateDateForPath(FileAttributes::Date date, const std::string& path) const {

@@ -7,6 +7,7 @@
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/UserInterface.h"
+#include "platform/values/PropertyList.h"
 
 namespace quennel {
 
@@ -37,6 +38,12 @@ class AppUtil {
   /// Whether the item at `path`, or else its nearest ancestor that exists, can be written, as
   /// written or with its percent escapes removed. No path is not writable.
   bool isWritableFileAtPath(const std::optional<std::string>& path) const;
+
+  /// A token by which a later run finds the directory again; nothing when none can be made. `url`
+  /// is the path of the file URL.
+  std::optional<PropertyList::Data> bookmarkFromURL(const std::string& url) const;
+  /// The path of the token's directory; nothing when it cannot be found.
+  std::optional<std::string> urlFromBookmark(const PropertyList::Data& bookmark) const;
 
   /// Gives the item, and everything below it if it is a folder, this date of creation and of
   /// modification.

@@ -6,10 +6,12 @@ class Bundle;
 class DistributedNotificationCenter;
 class FileManager;
 class RunLoop;
+class SecurityScope;
 class Sound;
 class URLEvents;
 class UserDefaults;
 class UserInterface;
+class VolumeEvents;
 class Workspace;
 
 /// Everything the helper needs of a desktop. The references are not owned and outlive whoever is
@@ -20,7 +22,9 @@ struct Platform {
   UserDefaults& sharedDefaults;
   Bundle& mainBundle;
   FileManager& fileManager;
+  SecurityScope& securityScope;
   Workspace& workspace;
+  VolumeEvents& volumeEvents;
   DistributedNotificationCenter& distributedNotificationCenter;
   URLEvents& urlEvents;
   UserInterface& userInterface;

@@ -6,10 +6,12 @@
 #include "tests/support/FakeDistributedNotificationCenter.h"
 #include "tests/support/FakeFileManager.h"
 #include "tests/support/FakeRunLoop.h"
+#include "tests/support/FakeSecurityScope.h"
 #include "tests/support/FakeSound.h"
 #include "tests/support/FakeURLEvents.h"
 #include "tests/support/FakeUserDefaults.h"
 #include "tests/support/FakeUserInterface.h"
+#include "tests/support/FakeVolumeEvents.h"
 #include "tests/support/FakeWorkspace.h"
 
 namespace quennel::test {
@@ -21,16 +23,26 @@ struct FakePlatform {
   FakeUserDefaults sharedDefaults;
   FakeBundle mainBundle;
   FakeFileManager fileManager{log};
+  FakeSecurityScope securityScope;
   FakeWorkspace workspace{log};
+  FakeVolumeEvents volumeEvents;
   FakeDistributedNotificationCenter distributedNotificationCenter{runLoop};
   FakeURLEvents urlEvents{runLoop};
   FakeUserInterface userInterface{log};
   FakeSound sound{log};
 
   Platform platform() {
-    return {runLoop,     sharedDefaults, mainBundle,
-            fileManager, workspace,      distributedNotificationCenter,
-            urlEvents,   userInterface,  sound};
+    return {.runLoop = runLoop,
+            .sharedDefaults = sharedDefaults,
+            .mainBundle = mainBundle,
+            .fileManager = fileManager,
+            .securityScope = securityScope,
+            .workspace = workspace,
+            .volumeEvents = volumeEvents,
+            .distributedNotificationCenter = distributedNotificationCenter,
+            .urlEvents = urlEvents,
+            .userInterface = userInterface,
+            .sound = sound};
   }
 };
 

@@ -28,6 +28,11 @@ void FakeSecurityScope::moveFolder(const std::string& path, const std::string& t
   _folders.insert(std::move(folder));
 }
 
+void FakeSecurityScope::showAt(const std::string& path) {
+  _away.key() = path;
+  _folders.insert(std::move(_away));
+}
+
 std::optional<PropertyList::Data> FakeSecurityScope::bookmarkDataForPath(const std::string& path,
                                                                          Error* error) {
   const auto folder = _folders.find(path);
@@ -52,7 +57,7 @@ std::optional<std::string> FakeSecurityScope::pathByResolvingBookmarkData(
 
 bool FakeSecurityScope::startAccessing(const std::string& path) {
   started.push_back(path);
-  if (!_resolved.contains(path)) {
+  if (refusesToStart || !_resolved.contains(path)) {
     return false;
   }
   _accessible.insert(path);

@@ -18,6 +18,8 @@ class FakeSecurityScope : public SecurityScope {
   /// Every `startAccessing` and `stopAccessing` by its path, in order.
   std::vector<std::string> started;
   std::vector<std::string> stopped;
+  /// Every `startAccessing` fails, as it may on a platform that refuses.
+  bool refusesToStart = false;
   /// The panels' answers.
   std::vector<std::pair<std::string, Extent>> allowed;
   /// Folders that no token can be made for.
@@ -28,9 +30,12 @@ class FakeSecurityScope : public SecurityScope {
   void addFolder(const std::string& path) { _folders[path] = ++_lastFolder; }
   void removeFolder(const std::string& path) { _folders.erase(path); }
   void moveFolder(const std::string& path, const std::string& toPath);
+  /// The folder's volume is away, or back: as the same folder, there or in another place.
+  void hide(const std::string& path) { _away = _folders.extract(path); }
+  void showAt(const std::string& path);
 
   std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
-                                                        Error* error) override;
+                                                        Error* error = nullptr) override;
   std::optional<std::string> pathByResolvingBookmarkData(
       const PropertyList::Data& bookmark) override;
   bool startAccessing(const std::string& path) override;
@@ -42,6 +47,7 @@ class FakeSecurityScope : public SecurityScope {
 
  private:
   std::map<std::string, int> _folders;
+  std::map<std::string, int>::node_type _away;
   int _lastFolder = 0;
   std::set<std::string> _resolved;
   std::multiset<std::string> _accessible;
