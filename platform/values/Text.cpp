@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 
 #include "platform/values/PercentEscape.h"
@@ -68,6 +69,16 @@ bool isAllowedSecondByte(unsigned char first, unsigned char second) {
     default:
       return true;
   }
+}
+
+/// Most text is ASCII, and is passed over in larger steps.
+bool startsWithEightOfASCII(std::string_view text) {
+  std::uint64_t word = 0;
+  if (text.size() < sizeof word) {
+    return false;
+  }
+  std::memcpy(&word, text.data(), sizeof word);
+  return (word & 0x8080'8080'8080'8080) == 0;
 }
 
 /// The length of the valid sequence that the non-empty `text` starts with, else 0.
@@ -144,6 +155,10 @@ std::string trimmingNewlines(std::string_view text) {
 
 bool isValidUTF8(std::string_view text) {
   while (!text.empty()) {
+    if (startsWithEightOfASCII(text)) {
+      text.remove_prefix(8);
+      continue;
+    }
     const std::size_t length = lengthOfValidSequence(text);
     if (length == 0) {
       return false;

@@ -5,16 +5,21 @@
 namespace quennel {
 namespace {
 
-bool endsInsideQuotes(std::string_view text) {
+/// Whether the text between "<" and the next ">" is all of the tag: neither begins another one in
+/// it nor does it end within quotes.
+bool isWholeTag(std::string_view inside) {
   char quote = '\0';
-  for (const char c : text) {
+  for (const char c : inside) {
+    if (c == '<') {
+      return false;
+    }
     if (c == quote) {
       quote = '\0';
     } else if (quote == '\0' && (c == '"' || c == '\'')) {
       quote = c;
     }
   }
-  return quote != '\0';
+  return quote == '\0';
 }
 
 bool isName(std::string_view text) {
@@ -75,8 +80,8 @@ bool XMLScanner::skipDeclaration() {
   }
   // A declaration may hold further declarations in brackets and ">" in quotes. No property list
   // needs that.
-  const std::string_view declaration = _text.substr(start, _place - start);
-  return declaration.find('[') == std::string_view::npos && !endsInsideQuotes(declaration);
+  const std::string_view inside = _text.substr(start + 1, _place - start - 2);
+  return inside.find('[') == std::string_view::npos && isWholeTag(inside);
 }
 
 std::optional<XMLScanner::Tag> XMLScanner::takeTag() {
@@ -85,7 +90,7 @@ std::optional<XMLScanner::Tag> XMLScanner::takeTag() {
     return fail();
   }
   std::string_view inside = _text.substr(start + 1, _place - start - 2);
-  if (inside.find('<') != std::string_view::npos || endsInsideQuotes(inside)) {
+  if (!isWholeTag(inside)) {
     return fail();
   }
   Kind kind = Kind::Opening;
