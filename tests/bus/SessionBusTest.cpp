@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/linux/bus/BusDistributedNotificationCenter.h"
+#include "platform/linux/bus/BusTypes.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "tests/support/Deadline.h"
@@ -108,6 +109,27 @@ TEST_F(SessionBusTest, AnObserverOutlivesALostConnection) {
   _daemon->stop();
   ASSERT_TRUE(runUntil([&] { return !_bus->isOpen(); }));
   observer.reset();
+}
+
+TEST_F(SessionBusTest, ACallThatIsNotAnsweredInTimeEndsWithAnError) {
+  makeRoundTrip(*_bus);
+  makeRoundTrip(*_otherBus);
+  const char* silent = nullptr;
+  ASSERT_GE(sd_bus_get_unique_name(_otherBus->connection(), &silent), 0);
+  int errors = 0;
+  const auto answered = [](sd_bus_message* answer, void* counter, sd_bus_error*) {
+    *static_cast<int*>(counter) += sd_bus_message_is_method_error(answer, SD_BUS_ERROR_NO_REPLY);
+    return 0;
+  };
+  for (int i = 0; i < 2; ++i) {
+    sd_bus_message* call = nullptr;
+    ASSERT_GE(sd_bus_message_new_method_call(_bus->connection(), &call, silent, "/",
+                                             "org.freedesktop.DBus.Peer", "Ping"),
+              0);
+    const BusMessage owned(call);
+    ASSERT_GE(sd_bus_call_async(_bus->connection(), nullptr, call, answered, &errors, 10'000), 0);
+    EXPECT_TRUE(runUntil([&] { return errors == i + 1; }));
+  }
 }
 
 TEST_F(SessionBusTest, WithoutABusNothingIsOpenAndNothingArrives) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <ranges>
 #include <utility>
 
 #include "platform/linux/bus/BusPropertyList.h"
@@ -143,11 +144,9 @@ BusURLEvents::Role BusURLEvents::claim(const std::vector<std::string>& urls) {
 /// The URLs of the command line come before those that the bus brought meanwhile.
 BusURLEvents::Role BusURLEvents::keepOwn(Role role, const std::vector<std::string>& urls,
                                          const std::string& token) {
-  std::deque<URLEvent> events;
-  for (const auto& url : urls) {
-    events.push_back({escapingInvalidCharacters(url), token});
+  for (const auto& url : std::ranges::reverse_view(urls)) {
+    _kept.push_front({escapingInvalidCharacters(url), token});
   }
-  _kept.insert(_kept.begin(), events.begin(), events.end());
   return role;
 }
 

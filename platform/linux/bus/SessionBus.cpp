@@ -1,5 +1,7 @@
 #include "platform/linux/bus/SessionBus.h"
 
+#include <ctime>
+
 namespace quennel {
 
 namespace {
@@ -66,16 +68,42 @@ bool SessionBus::addSources() {
   return sd_event_source_set_prepare(_ioSource.get(), prepare) >= 0;
 }
 
-/// Runs before each wait. There is no call with a time limit that would have to be watched.
+/// Runs before each wait.
 bool SessionBus::updateSources() {
   const int events = sd_bus_get_events(_bus.get());
-  std::uint64_t timeout = UINT64_MAX;
-  if (events < 0 || sd_bus_get_timeout(_bus.get(), &timeout) < 0) {
+  std::uint64_t moment = UINT64_MAX;
+  if (events < 0 || sd_bus_get_timeout(_bus.get(), &moment) < 0) {
     return false;
   }
-  const int readAhead = timeout == 0 ? SD_EVENT_ON : SD_EVENT_OFF;
+  const int readAhead = moment == 0 ? SD_EVENT_ON : SD_EVENT_OFF;
   return sd_event_source_set_io_events(_ioSource.get(), static_cast<std::uint32_t>(events)) >= 0 &&
-         sd_event_source_set_enabled(_readAheadSource.get(), readAhead) >= 0;
+         sd_event_source_set_enabled(_readAheadSource.get(), readAhead) >= 0 &&
+         updateTimeLimit(moment);
+}
+
+/// `moment` is when the next call has waited long enough, in microseconds of the monotonic clock.
+/// The greeting has such a limit, too, but a timer only for that would cost every start its making.
+bool SessionBus::updateTimeLimit(std::uint64_t moment) {
+  if (moment == 0 || moment == UINT64_MAX || sd_bus_is_ready(_bus.get()) <= 0) {
+    return !_timeLimitSource ||
+           sd_event_source_set_enabled(_timeLimitSource.get(), SD_EVENT_OFF) >= 0;
+  }
+  if (_timeLimitSource) {
+    return sd_event_source_set_time(_timeLimitSource.get(), moment) >= 0 &&
+           sd_event_source_set_enabled(_timeLimitSource.get(), SD_EVENT_ONESHOT) >= 0;
+  }
+  const auto processLate = [](sd_event_source*, std::uint64_t, void* self) {
+    static_cast<SessionBus*>(self)->process();
+    return 0;
+  };
+  constexpr std::uint64_t accuracy = 1;
+  sd_event_source* source = nullptr;
+  if (sd_event_add_time(_runLoop.handle(), &source, CLOCK_MONOTONIC, moment, accuracy, processLate,
+                        this) < 0) {
+    return false;
+  }
+  _timeLimitSource.reset(source);
+  return true;
 }
 
 void SessionBus::process() {
@@ -110,6 +138,7 @@ void SessionBus::disconnect() {
   sd_bus_close(_bus.get());
   _ioSource.reset();
   _readAheadSource.reset();
+  _timeLimitSource.reset();
 }
 
 }  // namespace quennel

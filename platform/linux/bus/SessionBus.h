@@ -50,6 +50,7 @@ class SessionBus {
   static Connection connect(const std::string& address);
   bool addSources();
   bool updateSources();
+  bool updateTimeLimit(std::uint64_t moment);
   void process();
   void disconnect();
 
@@ -58,6 +59,8 @@ class SessionBus {
   EventSource _ioSource;
   /// Enabled while messages have been read ahead, which the descriptor does not tell of.
   EventSource _readAheadSource;
+  /// Made when the first call with a time limit is waiting for its answer.
+  EventSource _timeLimitSource;
 };
 
 }  // namespace quennel
