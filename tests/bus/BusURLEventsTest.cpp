@@ -248,6 +248,16 @@ TEST_F(BusURLEventsTest, UrlsThatNobodyHandledGoToTheNextHelperWhenThisOneLeaves
   }));
 }
 
+TEST_F(BusURLEventsTest, AProcessThatIsTerminatedWhileItStartsHandsItsUrlsOn) {
+  startBus();
+  {
+    Participant leaving(_bus->address());
+    leaving.runLoop.terminate();
+    EXPECT_EQ(leaving.urlEvents.claim({"quennel:///one"}), Role::Terminated);
+  }
+  EXPECT_TRUE(eventually([&] { return loggedLines() == Urls{"quennel:///one"}; }));
+}
+
 TEST_F(BusURLEventsTest, UrlsThatNoOtherHelperCanTakeAreAnswered) {
   _bus = std::make_unique<PrivateBus>();
   Participant leaving(_bus->address());

@@ -135,19 +135,20 @@ BusURLEvents::Role BusURLEvents::claim(const std::vector<std::string>& urls) {
   }
   if (_bus.runLoop().isTerminating()) {
     _ownsName = _bus.isOpen();  // for all we know: the answer may be on its way
-    return keepOwn(Role::Terminated, urls, token);
+    keepOwn(urls, token);
+    release();
+    return Role::Terminated;
   }
   _ownsName = granted == Answer::Yes;
-  return keepOwn(_ownsName ? Role::Helper : Role::Alone, urls, token);
+  keepOwn(urls, token);
+  return _ownsName ? Role::Helper : Role::Alone;
 }
 
 /// The URLs of the command line come before those that the bus brought meanwhile.
-BusURLEvents::Role BusURLEvents::keepOwn(Role role, const std::vector<std::string>& urls,
-                                         const std::string& token) {
+void BusURLEvents::keepOwn(const std::vector<std::string>& urls, const std::string& token) {
   for (const auto& url : std::ranges::reverse_view(urls)) {
     _kept.push_front({escapingInvalidCharacters(url), token});
   }
-  return role;
 }
 
 bool BusURLEvents::publish() {

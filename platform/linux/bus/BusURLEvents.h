@@ -33,7 +33,7 @@ class BusURLEvents final : public URLEvents {
     HandedOver,
     /// There is no bus, or it answers nothing of use: this process serves its own URLs only.
     Alone,
-    /// The run loop was terminated first.
+    /// The run loop was terminated first. The URLs have been released; this process is to leave.
     Terminated,
   };
 
@@ -61,7 +61,7 @@ class BusURLEvents final : public URLEvents {
   bool publish();
   Answer requestName();
   Answer handOver(const std::vector<std::string>& urls, const std::string& token);
-  Role keepOwn(Role role, const std::vector<std::string>& urls, const std::string& token);
+  void keepOwn(const std::vector<std::string>& urls, const std::string& token);
   bool sendOn(const URLEvent& event);
   void keep(URLEvent event);
   void deliverNext();
