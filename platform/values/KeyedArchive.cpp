@@ -13,7 +13,7 @@ namespace {
 using Place = BinaryPropertyList::Place;
 using Entry = BinaryPropertyList::Entry;
 
-constexpr std::size_t largestArchive = 16 * 1024;
+constexpr std::size_t largestArchive = 16384;
 constexpr std::size_t mostFields = 64;
 
 /// The objects of one archive.

@@ -64,7 +64,7 @@ void X11Keyboard::takeSymbols(const xcb_xkb_get_map_reply_t& reply) {
   for (auto entry = xcb_xkb_get_map_map_syms_rtrn_iterator(&reply, &parts);
        entry.rem > 0 && keycode < _keys.size(); xcb_xkb_key_sym_map_next(&entry), ++keycode) {
     const Symbol* const symbols = xcb_xkb_key_sym_map_syms(entry.data);
-    const unsigned width = entry.data->width;
+    const std::size_t width = entry.data->width;
     const unsigned layouts = std::min(entry.data->groupInfo & 0xFU, layoutLimit);
     for (unsigned layout = 0; layout < layouts && width > 0; ++layout) {
       _keys[keycode].plain[layout] = symbols[layout * width];
