@@ -11,14 +11,16 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/linux/tasks/LinuxUserScripts.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/Eventually.h"
+#include "tests/support/Deadline.h"
 #include "tests/support/FakeBundle.h"
 #include "tests/support/TaskOutcome.h"
 #include "tests/support/TemporaryDirectory.h"
