@@ -7,8 +7,7 @@ namespace quennel {
 
 /// The main queue and the loop that serves it. Work runs on the main thread, one item after
 /// another, in the order in which it became due. Work may itself run a modal loop that serves the
-/// queue
-/// (`serve`), so an item can run while an earlier one is still on the stack.
+/// queue (`serve`), so an item can run while an earlier one is still on the stack.
 class RunLoop {
  public:
   using Work = std::function<void()>;
@@ -40,8 +39,8 @@ class RunLoop {
   virtual void setWillTerminateHandler(Work handler) = 0;
 
   /// Ends the program: calls the handler above, then makes `serve` answer false and `run` return as
-  /// soon as the work on the stack has returned. Nothing that is still queued runs. Main thread; a
-  /// second call does nothing.
+  /// soon as the work on the stack has returned. What is still queued, or comes to be queued, is
+  /// destroyed and does not run. Main thread; a second call does nothing.
   virtual void terminate() = 0;
 
   virtual bool isTerminating() const = 0;

@@ -71,6 +71,9 @@ void FakeRunLoop::dispatchAfter(nanoseconds delay, Work work) {
 
 void FakeRunLoop::enqueue(nanoseconds due, Work work) {
   const std::lock_guard lock(_mutex);
+  if (_closed) {
+    return;
+  }
   _queue.emplace(std::max(due, _now), std::move(work));
   updateDescriptor();
   _queued.notify_all();
@@ -107,6 +110,11 @@ void FakeRunLoop::terminate() {
   if (_willTerminateHandler) {
     _willTerminateHandler();
   }
+  std::multimap<nanoseconds, Work> dropped;  // destroyed when the lock is free again
+  const std::lock_guard lock(_mutex);
+  _closed = true;
+  std::swap(dropped, _queue);
+  updateDescriptor();
 }
 
 RunLoop::Work FakeRunLoop::takeWorkDueAt(nanoseconds moment) {

@@ -62,6 +62,7 @@ class FakeRunLoop final : public RunLoop {
   mutable std::mutex _mutex;  // guards all that follows
   std::condition_variable _queued;
   std::multimap<std::chrono::nanoseconds, Work> _queue;
+  bool _closed = false;  // takes no more work
   std::chrono::nanoseconds _now{0};
 };
 

@@ -79,6 +79,9 @@ void EventRunLoop::dispatchAfter(std::chrono::nanoseconds delay, Work work) {
 
 void EventRunLoop::enqueue(Clock::time_point due, Work work) {
   const std::lock_guard lock(_mutex);
+  if (_closed) {
+    return;
+  }
   _queue.emplace(due, std::move(work));  // behind equal ones
   if (_asleep && due < _armedFor) {
     armTimer(due);
@@ -129,6 +132,15 @@ void EventRunLoop::terminate() {
   if (_willTerminateHandler) {
     _willTerminateHandler();
   }
+  dropQueue();
+}
+
+void EventRunLoop::dropQueue() {
+  // Destroyed when the lock is free again: what the work holds may call the loop as it goes.
+  std::multimap<Clock::time_point, Work> dropped;
+  const std::lock_guard lock(_mutex);
+  _closed = true;
+  std::swap(dropped, _queue);
 }
 
 EventRunLoop::Work EventRunLoop::takeWorkDueAt(Clock::time_point now) {

@@ -62,6 +62,7 @@ class EventRunLoop final : public RunLoop {
   void watchTimer();
   void watchSignals();
   void enqueue(Clock::time_point due, Work work);
+  void dropQueue();
   Work takeWorkDueAt(Clock::time_point now);
   void runDueWork();
   bool dispatchEvent(Wait wait);
@@ -78,6 +79,7 @@ class EventRunLoop final : public RunLoop {
 
   std::mutex _mutex;  // guards all that follows
   std::multimap<Clock::time_point, Work> _queue;
+  bool _closed = false;                                    // takes no more work
   Clock::time_point _armedFor = Clock::time_point::max();  // max: not armed
   bool _asleep = false;
 };

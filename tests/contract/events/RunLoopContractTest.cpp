@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "platform/DispatchSync.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "tests/support/FakeRunLoop.h"
 
@@ -131,6 +132,49 @@ TYPED_TEST(RunLoopContract, NothingThatIsStillQueuedRunsAfterTerminate) {
   this->_loop.run();
   this->_loop.dispatchAsync(this->note("too late"));
   EXPECT_FALSE(this->_loop.serve());
+  this->_loop.run();
+  EXPECT_TRUE(this->_log.empty());
+}
+
+TYPED_TEST(RunLoopContract, TerminateDestroysWhatIsQueuedAndWhatComesAfter) {
+  const auto held = std::make_shared<int>(0);
+  this->_loop.dispatchAsync([held] {});
+  this->_loop.dispatchAfter(1h, [held] {});
+  EXPECT_EQ(held.use_count(), 3);
+  this->_loop.terminate();
+  EXPECT_EQ(held.use_count(), 1);
+  this->_loop.dispatchAsync([held] {});
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+TYPED_TEST(RunLoopContract, WhatIsDestroyedAtTheEndMayCallTheLoop) {
+  struct Caller {
+    RunLoop& loop;
+    ~Caller() {
+      loop.dispatchAsync([] {});
+    }
+  };
+  this->_loop.dispatchAsync([caller = std::make_shared<Caller>(this->_loop)] {});
+  this->_loop.terminate();
+  EXPECT_TRUE(this->_loop.isTerminating());
+}
+
+TYPED_TEST(RunLoopContract, DispatchSyncWaitsForTheWork) {
+  std::thread other([this] {
+    EXPECT_TRUE(dispatchSync(this->_loop, this->note("work")));
+    EXPECT_EQ(this->_log, Log{"work"});
+    this->_loop.dispatchAsync(this->terminate());
+  });
+  this->_loop.run();
+  other.join();
+}
+
+TYPED_TEST(RunLoopContract, DispatchSyncEndsWithTheLoop) {
+  this->_loop.dispatchAsync([this] {
+    std::thread other([this] { EXPECT_FALSE(dispatchSync(this->_loop, this->note("work"))); });
+    this->_loop.terminate();
+    other.join();
+  });
   this->_loop.run();
   EXPECT_TRUE(this->_log.empty());
 }
