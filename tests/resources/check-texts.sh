@@ -10,5 +10,5 @@ used=$(mktemp)
 trap 'rm -f "$used"' EXIT
 find app creation access shortcuts installui platform watch -name '*.cpp' -o -name '*.h' |
   sort | xgettext --files-from=- --language=C++ --from-code=UTF-8 --force-po \
-    --keyword --keyword=localizedStringForKey --output="$used"
+    --keyword --keyword=localizedStringForKey --keyword=localizedText --output="$used"
 msgcmp --use-untranslated resources/po/quennelhelper.pot "$used"
