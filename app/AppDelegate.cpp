@@ -110,4 +110,11 @@ void AppDelegate::showAlert(const std::optional<std::string>& title,
       {.messageText = title, .informativeText = message, .alertStyle = style, .buttons = {}});
 }
 
+void AppDelegate::rememberPanelFolder(const std::string& folder) const {
+  UserDefaults& defaults = _platform.standardDefaults;
+  defaults.setObject(folder, "NSNavLastRootDirectory");
+  defaults.setObject(folder, "NSNavLastCurrentDirectory");
+  defaults.synchronize();
+}
+
 }  // namespace quennel

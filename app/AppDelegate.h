@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -10,6 +11,7 @@
 
 #include "app/FileTemplate.h"
 #include "creation/AppUtil.h"
+#include "platform/Error.h"
 #include "platform/Platform.h"
 #include "platform/Registration.h"
 #include "platform/UserInterface.h"
@@ -94,6 +96,26 @@ class AppDelegate {
   /// Whether `path` is the Desktop folder or an item directly in it.
   bool isDesktopDir(const std::string& path) const;
 
+  // Asking the user script for the folder in front: shortcuts/AppDelegate+FolderQuery.cpp
+
+  /// Receives the absolute path of a folder, as the script printed it, and the template that it was
+  /// asked for. Called on a thread of the script's own, where it must not use the application
+  /// object, which may be gone: it queues what it does on the main queue.
+  using FinderPathHandler =
+      std::function<void(const std::string& path, const FileTemplate& template_)>;
+
+  /// Asks the user script for the folder that the file manager shows and returns at once. When that
+  /// cannot be known the user is told why, and the handler is not called.
+  void getFinderPathWithTemplate(const FileTemplate& template_,
+                                 FinderPathHandler completionHandler);
+
+  // Installing the user script: shortcuts/AppDelegate+ScriptInstallation.cpp
+
+  /// Whether the user script is installed; one that is not is installed first if the user agrees.
+  bool checkAndInstallScripts();
+  /// Lets the user install it; answers whether it is installed then.
+  bool installScriptManually();
+
  private:
   void armRequestQuitCheck();
   void terminateIfUnused();
@@ -101,6 +123,12 @@ class AppDelegate {
   void showAlertAfterPanel(const std::string& title, const std::string& message) const;
   void finishNewItem(const std::string& path, const FileTemplate& template_);
   void runPostCreationActions(const std::string& path);
+  void reportFailedFolderQuery(const Error& error) const;
+  void reportInvalidFolder(const std::optional<std::string>& answer) const;
+  bool askForScriptsFolder(const std::string& folder);
+  bool installScript(const std::string& folder);
+  /// Keeps the folder as the one in which the next panel opens.
+  void rememberPanelFolder(const std::string& folder) const;
   std::string localizedText(const std::string& key) const;
 
   Platform _platform;

@@ -16,6 +16,7 @@
 #include "platform/linux/mounts/MountTableEvents.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
+#include "platform/linux/tasks/LinuxUserScripts.h"
 #include "platform/linux/ui/LazyUserInterface.h"
 
 namespace quennel {
@@ -36,13 +37,16 @@ class Helper {
   explicit Helper(EventRunLoop& runLoop, SessionBus& bus, BusURLEvents& urlEvents)
       : _runLoop(runLoop),
         _sharedDefaults(PropertyListUserDefaults::pathForDomain(sharedSuiteName)),
+        _standardDefaults(PropertyListUserDefaults::pathForDomain(_bundle.bundleIdentifier())),
         _workspace(runLoop, bus),
         _volumeEvents(runLoop),
         _notificationCenter(bus),
         _userInterface(runLoop, _bundle.userInterfaceModulePath()),
+        _userScripts(_bundle),
         _sound(_bundle),
         _delegate({.runLoop = runLoop,
                    .sharedDefaults = _sharedDefaults,
+                   .standardDefaults = _standardDefaults,
                    .mainBundle = _bundle,
                    .fileManager = _fileManager,
                    .securityScope = _securityScope,
@@ -51,6 +55,7 @@ class Helper {
                    .distributedNotificationCenter = _notificationCenter,
                    .urlEvents = urlEvents,
                    .userInterface = _userInterface,
+                   .userScripts = _userScripts,
                    .sound = _sound}) {}
 
   void run() {
@@ -69,12 +74,14 @@ class Helper {
   EventRunLoop& _runLoop;
   PrefixBundle _bundle;
   PropertyListUserDefaults _sharedDefaults;
+  PropertyListUserDefaults _standardDefaults;
   PosixFileManager _fileManager;
   LandlockSecurityScope _securityScope;
   DesktopWorkspace _workspace;
   MountTableEvents _volumeEvents;
   BusDistributedNotificationCenter _notificationCenter;
   LazyUserInterface _userInterface;
+  LinuxUserScripts _userScripts;
   CanberraSound _sound;
   AppDelegate _delegate;
 };

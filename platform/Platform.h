@@ -11,6 +11,7 @@ class Sound;
 class URLEvents;
 class UserDefaults;
 class UserInterface;
+class UserScripts;
 class VolumeEvents;
 class Workspace;
 
@@ -20,6 +21,8 @@ struct Platform {
   RunLoop& runLoop;
   /// The settings shared with the main application.
   UserDefaults& sharedDefaults;
+  /// The helper's own settings.
+  UserDefaults& standardDefaults;
   Bundle& mainBundle;
   FileManager& fileManager;
   SecurityScope& securityScope;
@@ -28,6 +31,7 @@ struct Platform {
   DistributedNotificationCenter& distributedNotificationCenter;
   URLEvents& urlEvents;
   UserInterface& userInterface;
+  UserScripts& userScripts;
   Sound& sound;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,24 @@ struct Alert {
   std::vector<std::string> buttons;
 };
 
+/// How a panel stands among the windows of all applications.
+enum class PanelLevel { Normal = 0, AboveOthers = 1 };
+
+/// A panel in which the user chooses one item that exists.
+struct OpenPanel {
+  std::string title;
+  /// What the choice is for.
+  std::string message;
+  /// The name of the button that chooses.
+  std::string prompt;
+  /// The folder shown at first.
+  std::string directory;
+  bool canChooseFiles = true;
+  bool canChooseDirectories = false;
+  bool showsHiddenFiles = false;
+  PanelLevel level = PanelLevel::Normal;
+};
+
 /// Everything the helper shows. Main thread only. Modal operations serve the main queue while they
 /// wait, and return at once, with the answer that dismissing gives, when the run loop terminates.
 class UserInterface {
@@ -31,6 +50,19 @@ class UserInterface {
   /// (Escape, the window's close button) counts as the last button. With no display its texts go to
   /// standard error and the answer is the last button.
   virtual int runModal(const Alert& alert) = 0;
+
+  /// The path of what the user chooses, or nothing when the panel is dismissed otherwise.
+  using Choice = std::function<void(const std::optional<std::string>& path)>;
+
+  /// Shows the panel until the user answers it. A user interface that has no panels, or no display
+  /// to show them on, answers as if they were dismissed.
+  virtual std::optional<std::string> runModalOpenPanel(const OpenPanel&) { return std::nullopt; }
+
+  /// Shows the panel and returns; `completion` is called once, on the main queue, when it has
+  /// closed, or at once when nothing can be shown.
+  virtual void beginOpenPanel(const OpenPanel&, const Choice& completion) {
+    completion(std::nullopt);
+  }
 
   /// Asks that the next thing shown comes to the front of all applications.
   virtual void activateIgnoringOtherApps() = 0;

@@ -41,6 +41,7 @@ class StoredGrant : public ::testing::Test {
       Platform platform = fakes.platform();
       return {.runLoop = platform.runLoop,
               .sharedDefaults = settings,
+              .standardDefaults = platform.standardDefaults,
               .mainBundle = platform.mainBundle,
               .fileManager = platform.fileManager,
               .securityScope = scope,
@@ -49,6 +50,7 @@ class StoredGrant : public ::testing::Test {
               .distributedNotificationCenter = platform.distributedNotificationCenter,
               .urlEvents = platform.urlEvents,
               .userInterface = platform.userInterface,
+              .userScripts = platform.userScripts,
               .sound = platform.sound};
     }
 

@@ -11,6 +11,7 @@
 #include "tests/support/FakeURLEvents.h"
 #include "tests/support/FakeUserDefaults.h"
 #include "tests/support/FakeUserInterface.h"
+#include "tests/support/FakeUserScripts.h"
 #include "tests/support/FakeVolumeEvents.h"
 #include "tests/support/FakeWorkspace.h"
 
@@ -21,6 +22,7 @@ struct FakePlatform {
   CallLog log;
   FakeRunLoop runLoop;
   FakeUserDefaults sharedDefaults;
+  FakeUserDefaults standardDefaults;
   FakeBundle mainBundle;
   FakeFileManager fileManager{log};
   FakeSecurityScope securityScope;
@@ -29,11 +31,14 @@ struct FakePlatform {
   FakeDistributedNotificationCenter distributedNotificationCenter{runLoop};
   FakeURLEvents urlEvents{runLoop};
   FakeUserInterface userInterface{log};
+  FakeUserScripts userScripts;
   FakeSound sound{log};
 
-  Platform platform() {
+  Platform platform() { return platformWith(userScripts); }
+  Platform platformWith(UserScripts& scripts) {
     return {.runLoop = runLoop,
             .sharedDefaults = sharedDefaults,
+            .standardDefaults = standardDefaults,
             .mainBundle = mainBundle,
             .fileManager = fileManager,
             .securityScope = securityScope,
@@ -42,6 +47,7 @@ struct FakePlatform {
             .distributedNotificationCenter = distributedNotificationCenter,
             .urlEvents = urlEvents,
             .userInterface = userInterface,
+            .userScripts = scripts,
             .sound = sound};
   }
 };

@@ -24,6 +24,10 @@ class FakeUserInterface : public UserInterface {
   std::function<void(const Alert&)> whileShown;
   std::map<std::string, std::string> typeDescriptions;
   int activations = 0;
+  std::vector<OpenPanel> openPanels;
+  /// What to choose in the open panels, in order; when none is left they are cancelled.
+  std::deque<std::optional<std::string>> choices;
+  std::function<void(const OpenPanel&)> whilePanelShown;
 
   int runModal(const Alert& alert) override {
     alerts.push_back(alert);
@@ -40,7 +44,24 @@ class FakeUserInterface : public UserInterface {
            (alert.buttons.empty() ? 0 : static_cast<int>(alert.buttons.size()) - 1);
   }
 
-  void activateIgnoringOtherApps() override { ++activations; }
+  std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override {
+    openPanels.push_back(panel);
+    _log.add("open panel");
+    if (whilePanelShown) {
+      whilePanelShown(panel);
+    }
+    if (choices.empty()) {
+      return std::nullopt;
+    }
+    const auto choice = choices.front();
+    choices.pop_front();
+    return choice;
+  }
+
+  void activateIgnoringOtherApps() override {
+    ++activations;
+    _log.add("activate");
+  }
 
   std::optional<std::string> localizedDescriptionOfFileExtension(
       const std::string& extension) override {

@@ -1,0 +1,65 @@
+#include "app/AppDelegate.h"
+#include "platform/Bundle.h"
+#include "platform/DispatchSync.h"
+#include "platform/Pipe.h"
+#include "platform/UserScripts.h"
+#include "platform/UserUnixTask.h"
+#include "platform/values/Text.h"
+#include "shortcuts/UserScript.h"
+
+namespace quennel {
+
+namespace {
+
+/// What the script printed, without the line breaks around it; nothing when it is no UTF-8 text.
+std::optional<std::string> readAnswer(const Pipe& pipe) {
+  const std::string output = pipe.fileHandleForReading().readDataToEndOfFile();
+  return isValidUTF8(output) ? std::optional(trimmingNewlines(output)) : std::nullopt;
+}
+
+}  // namespace
+
+void AppDelegate::getFinderPathWithTemplate(const FileTemplate& template_,
+                                            FinderPathHandler completionHandler) {
+  Error error;
+  const auto folder = _platform.userScripts.applicationScriptsDirectory();
+  const auto task = _platform.userScripts.createTask(userScriptPath(folder), &error);
+  if (!task) {
+    showAlert(localizedText("Unable to run QuennelHelper.sh!"), error.localizedDescription,
+              AlertStyle::Critical);
+    return;
+  }
+  const auto pipe = std::make_shared<Pipe>();
+  task->setStandardOutput(pipe->fileHandleForWriting());
+  const auto script = _platform.mainBundle.pathForResource("get-finder-path", "scpt");
+  // The script may outlast this object, so its thread uses only what outlasts the script; `this` is
+  // for the main queue, which drops its work when the program ends.
+  task->executeWithArguments(
+      {script.value_or("")},
+      [this, &runLoop = _platform.runLoop, pipe, completionHandler = std::move(completionHandler),
+       template_](const std::optional<Error>& failure) {
+        if (failure) {
+          runLoop.dispatchAsync([this, failure] { reportFailedFolderQuery(*failure); });
+          return;
+        }
+        const auto path = readAnswer(*pipe);
+        if (path && path->starts_with('/')) {
+          completionHandler(*path, template_);
+          return;
+        }
+        // Raised from this thread, which waits until the user has dismissed it; shown by the main
+        // one, because no other may use the toolkit.
+        dispatchSync(runLoop, [this, path] { reportInvalidFolder(path); });
+      });
+}
+
+void AppDelegate::reportFailedFolderQuery(const Error& error) const {
+  showAlert(localizedText("Unable to get current folder path!"), error.localizedDescription,
+            AlertStyle::Critical);
+}
+
+void AppDelegate::reportInvalidFolder(const std::optional<std::string>& answer) const {
+  showAlert(localizedText("Invalid directory path!"), answer, AlertStyle::Critical);
+}
+
+}  // namespace quennel

@@ -1,0 +1,177 @@
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/AppDelegateTest.h"
+
+namespace quennel::test {
+namespace {
+
+class ScriptInstallation : public AppDelegateTest {
+ protected:
+  ScriptInstallation() {
+    fakes.fileManager.addDirectory(folder);
+    fakes.fileManager.addFile(source, "#!/bin/sh\n", 0755);
+    fakes.mainBundle.resources["QuennelHelper.sh"] = source;
+    launch();
+    const auto noteCount = [this](const auto&) { counts.push_back(delegate->panelCount()); };
+    fakes.userInterface.whilePanelShown = noteCount;
+    fakes.userInterface.whileShown = noteCount;
+  }
+
+  void userChooses(const std::optional<std::string>& path) {
+    fakes.userInterface.choices.push_back(path);
+  }
+  void copyingFails() { fakes.fileManager.failNext("copyItemAtPath", {28, "No space left"}); }
+  const std::vector<Alert>& alerts() const { return fakes.userInterface.alerts; }
+
+  const std::string folder = "/home/user/Library/Application Scripts/net.brellow.QuennelHelper";
+  const std::string installed = folder + "/QuennelHelper.sh";
+  const std::string source = "/app/QuennelHelper.sh";
+  /// `panelCount` while each panel and alert was up.
+  std::vector<std::int64_t> counts;
+};
+
+TEST_F(ScriptInstallation, AnInstalledScriptIsEnough) {
+  fakes.fileManager.addFile(installed, "whatever", 0);
+  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(fakes.userInterface.openPanels.empty());
+  EXPECT_TRUE(alerts().empty());
+  EXPECT_EQ(fakes.userInterface.activations, 0);
+  EXPECT_EQ(fakes.standardDefaults.storeCount(), 0);
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(ScriptInstallation, AFolderThatCannotBeMadeIsReported) {
+  fakes.userScripts.directory.reset();
+  fakes.userScripts.directoryError = {30, "Read-only file system"};
+  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  ASSERT_EQ(alerts().size(), 1u);
+  EXPECT_EQ(alerts()[0].messageText, "Error creating the scripts directory!");
+  EXPECT_EQ(alerts()[0].informativeText, "Read-only file system");
+  EXPECT_EQ(alerts()[0].alertStyle, AlertStyle::Critical);
+  EXPECT_TRUE(fakes.userInterface.openPanels.empty());
+  EXPECT_EQ(counts, std::vector<std::int64_t>{0});
+}
+
+TEST_F(ScriptInstallation, ThePanelAsksForTheScriptsFolder) {
+  delegate->checkAndInstallScripts();
+  ASSERT_EQ(fakes.userInterface.openPanels.size(), 1u);
+  const OpenPanel& panel = fakes.userInterface.openPanels.front();
+  EXPECT_EQ(panel.title, "Select Scripts Directory");
+  EXPECT_EQ(panel.message,
+            "QuennelHelper would like to access \"~/Library/Application "
+            "Scripts/net.brellow.QuennelHelper\" directory");
+  EXPECT_EQ(panel.prompt, "Authorize");
+  EXPECT_EQ(panel.directory, folder);
+  EXPECT_TRUE(panel.canChooseDirectories);
+  EXPECT_FALSE(panel.canChooseFiles);
+  EXPECT_TRUE(panel.showsHiddenFiles);
+  EXPECT_EQ(panel.level, PanelLevel::AboveOthers);
+}
+
+TEST_F(ScriptInstallation, TheFolderOfThePanelIsKeptInTheHelpersOwnSettings) {
+  delegate->checkAndInstallScripts();
+  EXPECT_EQ(fakes.standardDefaults.stored(),
+            (PropertyList::Dictionary{{"NSNavLastRootDirectory", folder},
+                                      {"NSNavLastCurrentDirectory", folder}}));
+}
+
+TEST_F(ScriptInstallation, TheHelperComesToTheFrontBeforeThePanel) {
+  userChooses(folder);
+  delegate->checkAndInstallScripts();
+  EXPECT_EQ(fakes.log.calls(),
+            (std::vector<std::string>{"activate", "open panel", "copyItemAtPath"}));
+}
+
+TEST_F(ScriptInstallation, AConfirmedPanelInstallsTheScriptWithItsPermissions) {
+  userChooses(folder);
+  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_EQ(fakes.fileManager.contentsAtPath(installed), "#!/bin/sh\n");
+  const auto attributes = fakes.fileManager.attributesOfItemAtPath(installed);
+  ASSERT_TRUE(attributes);
+  EXPECT_EQ(attributes->posixPermissions, 0755);
+  EXPECT_TRUE(alerts().empty());
+  EXPECT_EQ(counts, std::vector<std::int64_t>{1});
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(ScriptInstallation, AnotherFolderChosenDoesNotChangeWhereTheScriptGoes) {
+  userChooses("/d");
+  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(exists(installed));
+  EXPECT_FALSE(exists("/d/QuennelHelper.sh"));
+}
+
+TEST_F(ScriptInstallation, TheFolderChosenIsAccessibleFromThenOn) {
+  using Allowed = decltype(fakes.securityScope.allowed);
+  userChooses("/d");
+  delegate->checkAndInstallScripts();
+  EXPECT_EQ(fakes.securityScope.allowed, (Allowed{{"/d", SecurityScope::Extent::Folder}}));
+}
+
+TEST_F(ScriptInstallation, ACancelledPanelLeavesTheCountRaised) {
+  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  ASSERT_EQ(alerts().size(), 1u);
+  EXPECT_EQ(alerts()[0].messageText,
+            "You must install the QuennelHelper.sh script in order to use keyboard shortcuts!");
+  EXPECT_EQ(alerts()[0].informativeText, std::nullopt);
+  EXPECT_EQ(alerts()[0].alertStyle, AlertStyle::Critical);
+  EXPECT_EQ(counts, (std::vector<std::int64_t>{1, 2}));
+  EXPECT_EQ(delegate->panelCount(), 1);
+  EXPECT_FALSE(exists(installed));
+  EXPECT_TRUE(fakes.securityScope.allowed.empty());
+}
+
+TEST_F(ScriptInstallation, AFailedCopyOffersToInstallByHand) {
+  userChooses(folder);
+  copyingFails();
+  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  ASSERT_EQ(alerts().size(), 1u);
+  EXPECT_EQ(alerts()[0].messageText,
+            "Unable to install QuennelHelper.sh to the scripts directory!");
+  EXPECT_EQ(alerts()[0].informativeText, "No space left");
+  EXPECT_EQ(alerts()[0].alertStyle, AlertStyle::Critical);
+  EXPECT_EQ(alerts()[0].buttons, (std::vector<std::string>{"Install manually", "Cancel"}));
+}
+
+TEST_F(ScriptInstallation, CancellingTheOfferPutsTheCountBack) {
+  userChooses(folder);
+  copyingFails();
+  fakes.userInterface.answers = {UserInterface::alertFirstButtonReturn + 1};
+  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(fakes.workspace.opened.empty());
+  EXPECT_EQ(counts, (std::vector<std::int64_t>{1, 1}));
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(ScriptInstallation, AResourceThatIsMissingFailsLikeAnyCopy) {
+  fakes.mainBundle.resources.clear();
+  userChooses(folder);
+  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_EQ(alerts().size(), 1u);
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(ScriptInstallation, TextsAreTranslated) {
+  fakes.mainBundle.translations = {{"Select Scripts Directory", "Skriptordner auswählen"},
+                                   {"Authorize", "Zugriff erlauben"},
+                                   {"Install manually", "Manuell installieren"}};
+  userChooses(folder);
+  copyingFails();
+  delegate->checkAndInstallScripts();
+  EXPECT_EQ(fakes.userInterface.openPanels.front().title, "Skriptordner auswählen");
+  EXPECT_EQ(fakes.userInterface.openPanels.front().prompt, "Zugriff erlauben");
+  EXPECT_EQ(alerts().front().buttons.front(), "Manuell installieren");
+}
+
+TEST_F(ScriptInstallation, TheCheckRunsAnewAtEveryCall) {
+  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  fakes.fileManager.addFile(installed);
+  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_EQ(fakes.userInterface.openPanels.size(), 1u);
+}
+
+}  // namespace
+}  // namespace quennel::test
