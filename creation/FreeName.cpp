@@ -35,7 +35,7 @@ std::string FreeName::find() {
       readTakenNumbers();
       number = firstNotKnownTaken(number);
     }
-    const std::string path = pathWithNumber(number);
+    std::string path = pathWithNumber(number);
     if (!_files.fileExistsAtPath(path)) {
       return path;
     }
