@@ -13,6 +13,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/ChildProcess.h"
+
 namespace quennel::test {
 
 void writeFile(const std::string& path, const std::string& contents) {
@@ -88,6 +90,16 @@ std::string someText(std::size_t size) {
   }
   text.resize(size);
   return text;
+}
+
+std::string asNobody(const std::string& folder, const std::function<std::string()>& operation) {
+  EXPECT_EQ(::chmod(folder.c_str(), 0777), 0);
+  return inChildProcess([&]() -> std::string {
+    if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0)) {
+      return "no way to become nobody";
+    }
+    return operation();
+  });
 }
 
 int run(const std::string& command) { return std::system(command.c_str()); }

@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,5 +31,10 @@ std::string someText(std::size_t size);
 
 /// Runs the command; its exit status.
 int run(const std::string& command);
+
+/// What the operation answers in a process of a user without privileges, whom the folder is opened
+/// to.
+inline constexpr uid_t nobody = 65534;
+std::string asNobody(const std::string& folder, const std::function<std::string()>& operation);
 
 }  // namespace quennel::test

@@ -16,7 +16,6 @@
 
 #include "platform/linux/files/PosixFileManager.h"
 #include "tests/files/FileTools.h"
-#include "tests/support/ChildProcess.h"
 #include "tests/support/LoopMount.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -26,8 +25,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-constexpr uid_t nobody = 65534;
 
 class ItemCopy : public ::testing::Test {
  protected:
@@ -50,20 +47,10 @@ class ItemCopy : public ::testing::Test {
     ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     ::close(socket);
   }
-  /// What the operation answers in a process of a user without privileges.
-  template <typename Operation>
-  std::string asNobody(const Operation& operation) {
-    EXPECT_EQ(::chmod(_folder.path().c_str(), 0777), 0);
-    return inChildProcess([&]() -> std::string {
-      if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0)) {
-        return "no way to become nobody";
-      }
-      return operation();
-    });
-  }
   std::string copyAsNobody(const std::string& from, const std::string& to) {
-    return asNobody(
-        [&] { return copy(from, to) ? std::string("copied") : std::to_string(_error.code); });
+    return asNobody(_folder.path(), [&] {
+      return copy(from, to) ? std::string("copied") : std::to_string(_error.code);
+    });
   }
 
   TemporaryDirectory _folder;
@@ -141,34 +128,34 @@ TEST_F(ItemCopy, WithoutPrivilegesTheCopyIsTheUsersOwnAndRunsAsNobodyElse) {
 }
 
 TEST_F(ItemCopy, FoldersWithoutWritePermissionAreCopiedWithoutPrivileges) {
-  EXPECT_EQ(asNobody([&]() -> std::string {
-              makeFolder(at("template"));
-              makeFolder(at("template/inner"));
-              writeFile(at("template/inner/file"), "text");
-              ::chmod(at("template/inner").c_str(), 0555);
-              ::chmod(at("template").c_str(), 0500);
-              return copy(at("template"), at("copy")) ? "copied" : _error.localizedDescription;
-            }),
-            "copied");
+  const auto copyOwnFolder = [&]() -> std::string {
+    makeFolder(at("template"));
+    makeFolder(at("template/inner"));
+    writeFile(at("template/inner/file"), "text");
+    ::chmod(at("template/inner").c_str(), 0555);
+    ::chmod(at("template").c_str(), 0500);
+    return copy(at("template"), at("copy")) ? "copied" : _error.localizedDescription;
+  };
+  EXPECT_EQ(asNobody(_folder.path(), copyOwnFolder), "copied");
   EXPECT_EQ(statusAt(at("copy")).st_mode & 07777, 0500U);
   EXPECT_EQ(statusAt(at("copy/inner")).st_mode & 07777, 0555U);
 }
 
 TEST_F(ItemCopy, AFailureAmongFoldersWithoutWritePermissionLeavesNothing) {
-  EXPECT_EQ(asNobody([&]() -> std::string {
-              makeFolder(at("template"));
-              for (int level = 0; level < 30; ++level) {
-                const std::string inner = at("template/" + std::to_string(level));
-                makeFolder(inner);
-                writeFile(inner + "/file", "text");
-                ::chmod(inner.c_str(), level % 2 == 0 ? 0555 : 0500);
-              }
-              makeFolder(at("template/last"));
-              ::mkfifo(at("template/last/fifo").c_str(), 0644);
-              ::chmod(at("template/last").c_str(), 0555);
-              return std::to_string(copy(at("template"), at("copy")) ? 0 : _error.code);
-            }),
-            std::to_string(EOPNOTSUPP));
+  const auto copyOwnFolder = [&] {
+    makeFolder(at("template"));
+    for (int number = 0; number < 30; ++number) {
+      const std::string inner = at("template/" + std::to_string(number));
+      makeFolder(inner);
+      writeFile(inner + "/file", "text");
+      ::chmod(inner.c_str(), number % 2 == 0 ? 0555 : 0500);
+    }
+    makeFolder(at("template/last"));
+    ::mkfifo(at("template/last/fifo").c_str(), 0644);
+    ::chmod(at("template/last").c_str(), 0555);
+    return std::to_string(copy(at("template"), at("copy")) ? 0 : _error.code);
+  };
+  EXPECT_EQ(asNobody(_folder.path(), copyOwnFolder), std::to_string(EOPNOTSUPP));
   EXPECT_THAT(namesIn(_folder.path()), ElementsAre("template"));
 }
 
@@ -355,8 +342,8 @@ class PoorFilesystem : public ItemCopy {
 /// without a name nor move without replacing.
 class UserSpaceMount {
  public:
-  explicit UserSpaceMount(const std::string& folder) {
-    _isMounted = run("bindfs " + folder + " " + _mount.path()) == 0;
+  explicit UserSpaceMount(const std::string& folder, const std::string& options = {}) {
+    _isMounted = run("bindfs " + options + " " + folder + " " + _mount.path()) == 0;
   }
   ~UserSpaceMount() {
     if (_isMounted) {
@@ -415,6 +402,20 @@ TEST_F(PoorFilesystem, InUserSpaceHoldsCopies) {
     GTEST_SKIP() << "bindfs failed or is missing";
   }
   expectCopies(place.path());
+}
+
+TEST_F(PoorFilesystem, WithoutAccessControlListsGivesTheGroupNoMoreThanItHad) {
+  makeFolder(at("place"));
+  const UserSpaceMount place(at("place"), "--xattr-none");
+  if (!place) {
+    GTEST_SKIP() << "bindfs failed or is missing";
+  }
+  writeFile(at("template"), "text");
+  ASSERT_EQ(::chmod(at("template").c_str(), 0640), 0);
+  ASSERT_EQ(run("setfacl -m u:1234:rwx " + at("template")), 0);
+  ASSERT_EQ(statusAt(at("template")).st_mode & 07777, 0670U);
+  ASSERT_TRUE(copy(at("template"), place.path() + "/copy")) << _error.localizedDescription;
+  EXPECT_EQ(statusAt(at("place/copy")).st_mode & 07777, 0640U);
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 #include "platform/linux/files/Metadata.h"
 
+#include <endian.h>
 #include <fcntl.h>
+#include <linux/posix_acl.h>
+#include <linux/posix_acl_xattr.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -21,8 +25,9 @@ namespace {
 using Step = FileFailure::Step;
 
 constexpr mode_t permissionBits = 07777;
-constexpr const char* accessRules = "system.posix_acl_access";
-constexpr const char* defaultRules = "system.posix_acl_default";
+constexpr int groupShift = 3;
+constexpr std::string_view accessRules = "system.posix_acl_access";
+constexpr std::string_view defaultRules = "system.posix_acl_default";
 
 // What an item may not be given, because of who the process is or what the filesystem can keep (one
 // without owners and permissions, as on a memory stick), it goes without.
@@ -89,6 +94,24 @@ bool belongsToThePlace(std::string_view name) {
   return name == "security.selinux" || name.starts_with("trusted.overlay.");
 }
 
+// What the rules let the owning group do, as permission bits of the group.
+mode_t groupPermissionsIn(std::string_view rules) {
+  mode_t group = 0;
+  mode_t mask = S_IRWXG;
+  rules.remove_prefix(std::min(rules.size(), sizeof(posix_acl_xattr_header)));
+  for (posix_acl_xattr_entry entry; rules.size() >= sizeof entry;
+       rules.remove_prefix(sizeof entry)) {
+    std::memcpy(&entry, rules.data(), sizeof entry);
+    const mode_t permissions = mode_t{le16toh(entry.e_perm)} << groupShift & S_IRWXG;
+    if (le16toh(entry.e_tag) == ACL_GROUP_OBJ) {
+      group = permissions;
+    } else if (le16toh(entry.e_tag) == ACL_MASK) {
+      mask = permissions;
+    }
+  }
+  return group & mask;
+}
+
 // ACLs are among them. What the process may not set or the filesystem has no room for is left out.
 void copyExtendedAttributes(int source, int copy) {
   const auto names =
@@ -103,8 +126,12 @@ void copyExtendedAttributes(int source, int copy) {
     }
     const auto value =
         bytesOf([=](char* to, std::size_t size) { return ::fgetxattr(source, name, to, size); });
-    if (value) {
-      static_cast<void>(::fsetxattr(copy, name, value->data(), value->size(), 0));
+    const bool isKept = value && ::fsetxattr(copy, name, value->data(), value->size(), 0) == 0;
+    if (value && !isKept && name == accessRules) {
+      // The permission bits of the group stood for all that the rules allow to anybody.
+      const mode_t others =
+          statusOf(copy, Step::ChangingAttributes).st_mode & permissionBits & ~mode_t{S_IRWXG};
+      require(::fchmod(copy, others | groupPermissionsIn(*value)));
     }
   }
 }
@@ -114,9 +141,9 @@ void copyDates(const struct stat& status, int copy) {
   require(::futimens(copy, dates.data()));
 }
 
-void dropRules(int item, const char* rules) {
-  if (::fgetxattr(item, rules, nullptr, 0) > 0) {
-    require(::fremovexattr(item, rules));
+void dropRules(int item, std::string_view rules) {
+  if (::fgetxattr(item, rules.data(), nullptr, 0) > 0) {
+    require(::fremovexattr(item, rules.data()));
   }
 }
 

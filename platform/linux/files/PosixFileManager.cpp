@@ -94,14 +94,17 @@ Items itemsOf(const FileDescriptor& folder) {
   return items;
 }
 
-// Visits what is below `root`/`folder`. Works on paths, so that depth does not cost descriptors.
+// Visits what is below `folder`, itself empty or a path below `root`. Works on paths, so that depth
+// does not cost descriptors.
 bool enumerateFolder(const std::string& root, const std::string& folder, int flags,
                      const std::function<bool(const std::string&)>& visit) {
-  for (const auto& [name, type] : itemsOf(openFolder(root + "/" + folder, flags))) {
+  const std::string start = folder.empty() ? folder : folder + "/";
+  const Items items = itemsOf(openFolder(root + "/" + folder, flags));
+  for (const auto& [name, type] : items) {
     // Opening refuses whatever turns out to be no folder.
     const bool mayBeFolder = type == DT_DIR || type == DT_UNKNOWN;
-    const std::string item = folder + name;
-    if (!visit(item) || (mayBeFolder && !enumerateFolder(root, item + "/", O_NOFOLLOW, visit))) {
+    const std::string item = start + name;
+    if (!visit(item) || (mayBeFolder && !enumerateFolder(root, item, O_NOFOLLOW, visit))) {
       return false;
     }
   }
@@ -263,7 +266,8 @@ bool PosixFileManager::setAttributes(const FileAttributes& attributes,
 
 bool PosixFileManager::isWritableFileAtPath(const std::string& path) const {
   // Making an entry in a folder takes the permission to search it as well.
-  const int access = isFolder(path) ? W_OK | X_OK : W_OK;
+  const bool mustBeFolder = path.ends_with('/');
+  const int access = mustBeFolder || isFolder(path) ? W_OK | X_OK : W_OK;
   return ::faccessat(AT_FDCWD, path.c_str(), access, AT_EACCESS) == 0;
 }
 

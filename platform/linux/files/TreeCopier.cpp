@@ -28,7 +28,7 @@ unsigned char typeOf(int folder, const char* name) {
   if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
     throw FileFailure(errno, Step::Opening);
   }
-  return IFTODT(status.st_mode);
+  return static_cast<unsigned char>(IFTODT(status.st_mode));
 }
 
 // Makes a folder that is closed to everybody else until it has its metadata.
