@@ -16,6 +16,9 @@ target_compile_options(
             # Of GCC 12: a false alarm on joining texts.
             $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
             $<$<BOOL:${QUENNEL_WERROR}>:-Werror>)
+# The helper waits for most of its life: small code, and none that is not called, keeps it out of the
+# way of others.
+target_link_options(quennel_options INTERFACE $<$<CONFIG:Release>:-Wl,--gc-sections>)
 if(QUENNEL_SANITIZE)
   target_compile_options(quennel_options INTERFACE -fsanitize=${QUENNEL_SANITIZE}
                                                    -fno-omit-frame-pointer)
