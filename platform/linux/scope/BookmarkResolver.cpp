@@ -1,21 +1,38 @@
 #include "platform/linux/scope/BookmarkResolver.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <iterator>
+#include <string_view>
 #include <vector>
 
+#include "platform/linux/scope/DetachedChild.h"
 #include "platform/linux/scope/OpenItem.h"
 #include "platform/values/Path.h"
 
 namespace quennel {
 
 namespace {
+
+constexpr int timeToAnswer = 1000;  // milliseconds
+constexpr unsigned int mostSeconds = 2;
+constexpr std::chrono::seconds timeNotAskedAgain{10};
+
+/// Filesystems that another machine or program serves.
+bool mayBeSilent(std::string_view filesystemType) {
+  constexpr std::array served{"9p",     "afs", "autofs",   "ceph", "cifs",   "coda",    "fuse",
+                              "lustre", "nfs", "orangefs", "smb3", "vboxsf", "virtiofs"};
+  return std::any_of(served.begin(), served.end(),
+                     [&](const char* type) { return filesystemType.starts_with(type); });
+}
 
 bool leadsTo(const DirectoryIdentity& identity, const std::string& path) {
   const FileDescriptor directory = openDirectory(path);
@@ -99,6 +116,31 @@ std::optional<Bookmark> BookmarkResolver::bookmarkOfPath(const std::string& path
 }
 
 std::optional<std::string> BookmarkResolver::pathOfBookmark(const Bookmark& bookmark) {
+  return mayBeSilent(bookmark.filesystemType) ? findOnServedVolume(bookmark) : find(bookmark);
+}
+
+/// Whoever waits for a silent server cannot be woken, so a child does that.
+std::optional<std::string> BookmarkResolver::findOnServedVolume(const Bookmark& bookmark) {
+  const auto silent = _silentVolumes.find(bookmark.identity.volume);
+  if (silent != _silentVolumes.end() && Clock::now() < silent->second + timeNotAskedAgain) {
+    return std::nullopt;
+  }
+  const FileDescriptor child = startDetachedChild(mostSeconds, [&](int socket) {
+    const std::string path = find(bookmark).value_or("");
+    send(socket, path.data(), path.size(), MSG_NOSIGNAL);
+  });
+  if (!child || !waitForInput(child.get(), timeToAnswer)) {
+    _silentVolumes.insert_or_assign(bookmark.identity.volume, Clock::now());
+    return std::nullopt;
+  }
+  std::array<char, PATH_MAX> path;
+  const ssize_t size = recv(child.get(), path.data(), path.size(), 0);
+  return size > 0 ? std::optional<std::string>(std::in_place, path.data(),
+                                               static_cast<std::size_t>(size))
+                  : std::nullopt;
+}
+
+std::optional<std::string> BookmarkResolver::find(const Bookmark& bookmark) {
   if (leadsTo(bookmark.identity, bookmark.path)) {
     return bookmark.path;
   }

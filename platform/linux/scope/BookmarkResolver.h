@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -17,13 +19,21 @@ class BookmarkResolver {
   std::optional<Bookmark> bookmarkOfPath(const std::string& path) const;
 
   /// Where the folder is now. Only the very folder will do: the place where it was, the same place
-  /// on its volume wherever that is mounted, and then wherever the filesystem finds it.
+  /// on its volume wherever that is mounted, and then wherever the filesystem finds it. A volume
+  /// that is served by another machine or program and does not answer within a second counts as
+  /// away, and is not asked again for a while.
   std::optional<std::string> pathOfBookmark(const Bookmark& bookmark);
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  std::optional<std::string> find(const Bookmark& bookmark);
+  std::optional<std::string> findOnServedVolume(const Bookmark& bookmark);
   std::optional<std::string> pathAfterMove(const Bookmark& bookmark, const Mount& mount);
 
   HandleSearch _search;
+  /// Volumes that did not answer, and when.
+  std::map<std::string, Clock::time_point> _silentVolumes;
 };
 
 }  // namespace quennel

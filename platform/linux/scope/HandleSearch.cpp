@@ -1,10 +1,8 @@
 #include "platform/linux/scope/HandleSearch.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sched.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,10 +11,9 @@
 #include <charconv>
 #include <climits>
 #include <cstddef>
-#include <cstring>
-#include <span>
 #include <string_view>
 
+#include "platform/linux/scope/DetachedChild.h"
 #include "platform/linux/scope/FileHandle.h"
 
 namespace quennel {
@@ -30,11 +27,12 @@ struct Request {
   Path base;
 };
 
-constexpr int answerTimeout = 500;  // milliseconds
+constexpr int answerTimeout = 1000;  // milliseconds
 constexpr int idleTimeout = 100;
+constexpr unsigned int mostSeconds = 2;  // for one search
 
-// From here to `serve` the code runs in the child as well. It was forked from a program that may
-// have several threads, so it must not allocate or lock anything.
+// From here to `serve` the code runs in the child as well, which must not allocate or lock
+// anything.
 
 /// The path of an open folder; empty when that cannot be told.
 std::string_view readPath(int descriptor, Path& path) {
@@ -69,28 +67,18 @@ bool enterNamespaces(std::string_view userMap, std::string_view groupMap) {
          writeFile("/proc/self/uid_map", userMap) && writeFile("/proc/self/gid_map", groupMap);
 }
 
-bool waitForInput(int descriptor, int timeout) {
-  pollfd waiting{descriptor, POLLIN, 0};
-  return poll(&waiting, 1, timeout) > 0;
-}
-
-[[noreturn]] void serve(int socket, std::string_view userMap, std::string_view groupMap) {
-  // Nothing of the parent's may live on through the child: its connections, locks and pipes.
-  constexpr int client = STDIN_FILENO;
-  if (dup2(socket, client) < 0 || close_range(client + 1, ~0U, 0) != 0 ||
-      !enterNamespaces(userMap, groupMap)) {
-    _exit(EXIT_FAILURE);
-  }
+void serve(int client, std::string_view userMap, std::string_view groupMap) {
   Request request;
   Path path;
-  while (waitForInput(client, idleTimeout) &&
+  const bool entered = enterNamespaces(userMap, groupMap);
+  while (entered && waitForInput(client, idleTimeout) &&
          recv(client, &request, sizeof request, 0) == static_cast<ssize_t>(sizeof request)) {
+    alarm(mostSeconds);
     const std::string_view found = search(request, path);
     // An empty message would read as the end of the connection.
     const std::string_view answer = found.empty() ? std::string_view("-") : found;
     send(client, answer.data(), answer.size(), MSG_NOSIGNAL);
   }
-  _exit(EXIT_SUCCESS);
 }
 
 std::string identityMap(unsigned int number) {
@@ -103,12 +91,8 @@ Request requestFor(const DirectoryIdentity& directory, const std::string& base) 
   return request;
 }
 
-/// Empty when the child does not answer, or not in time.
-std::string ask(int child, std::string_view request) {
-  if (send(child, request.data(), request.size(), MSG_NOSIGNAL) < 0 ||
-      !waitForInput(child, answerTimeout)) {
-    return {};
-  }
+/// Empty at the end of the connection.
+std::string receive(int child) {
   Path answer;
   const ssize_t size = recv(child, answer.data(), answer.size(), 0);
   return {answer.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
@@ -137,8 +121,15 @@ std::string HandleSearch::askChild(std::string_view request) {
   bool fresh = false;
   while (!fresh && !_refused) {
     fresh = !isServing();
-    const bool there = !fresh || start();
-    std::string found = there ? ask(_child.get(), request) : std::string();
+    if (fresh) {
+      start();
+    }
+    send(_child.get(), request.data(), request.size(), MSG_NOSIGNAL);
+    if (!waitForInput(_child.get(), answerTimeout)) {
+      _child.reset();
+      return {};
+    }
+    std::string found = receive(_child.get());
     if (!found.empty()) {
       return found;
     }
@@ -153,26 +144,10 @@ bool HandleSearch::isServing() const {
   return _child && !waitForInput(_child.get(), 0);
 }
 
-bool HandleSearch::start() {
-  std::array<int, 2> sockets{};
-  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
-    return false;
-  }
-  _child = FileDescriptor(sockets[0]);
-  const FileDescriptor childEnd(sockets[1]);
+void HandleSearch::start() {
   const std::string userMap = identityMap(geteuid());
   const std::string groupMap = identityMap(getegid());
-  const pid_t middle = fork();
-  if (middle == 0) {
-    // A child of the child has nobody to wait for its end.
-    if (fork() == 0) {
-      serve(childEnd.get(), userMap, groupMap);
-    }
-    _exit(EXIT_SUCCESS);
-  }
-  while (middle > 0 && waitpid(middle, nullptr, 0) < 0 && errno == EINTR) {
-  }
-  return true;
+  _child = startDetachedChild(mostSeconds, [&](int socket) { serve(socket, userMap, groupMap); });
 }
 
 }  // namespace quennel

@@ -17,13 +17,13 @@ class HandleSearch {
  public:
   /// The present path of the folder below the folder `base` of the same filesystem. Nothing when it
   /// is not below it, not everything in between is the user's own, or the kernel does not let a
-  /// user search. Answers in at most half a second.
+  /// user search. Answers within a second.
   std::optional<std::string> pathOfDirectory(const DirectoryIdentity& directory,
                                              const std::string& base);
 
  private:
   std::string askChild(std::string_view request);
-  bool start();
+  void start();
   bool isServing() const;
 
   FileDescriptor _child;  // a socket to it

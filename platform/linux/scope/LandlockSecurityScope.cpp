@@ -20,9 +20,9 @@ constexpr std::string_view tokenMark = "QBm1";
 constexpr std::size_t tokenHead = tokenMark.size() + MessageAuthentication::size;
 constexpr std::size_t largestToken = std::size_t{16} * 1024;
 
-void report(int code, Error* error) {
+void report(int code, const std::string& path, Error* error) {
   if (error) {
-    *error = {code, UserLocale::errorDescription(code)};
+    *error = {code, path + ": " + UserLocale::errorDescription(code)};
   }
 }
 
@@ -84,13 +84,13 @@ std::optional<PropertyList::Data> LandlockSecurityScope::bookmarkDataForPath(
     const std::string& path, Error* error) {
   const auto bookmark = _resolver.bookmarkOfPath(path);
   if (!bookmark || !bookmark->identity.outlivesThisRun()) {
-    report(bookmark ? EOPNOTSUPP : errno, error);
+    report(bookmark ? EOPNOTSUPP : errno, path, error);
     return std::nullopt;
   }
   const auto key = _key.readOrMake(error);
   auto token = key ? sealed(*bookmark, *key) : std::nullopt;
   if (key && !token) {
-    report(ELIBACC, error);
+    report(ELIBACC, path, error);
   }
   return token ? std::optional(PropertyList::Data{std::move(*token)}) : std::nullopt;
 }
@@ -142,12 +142,12 @@ bool LandlockSecurityScope::performConfined(const std::string& path, const Work&
                                             Error* error) {
   const ItemLocation location = locationOfPath(path);
   if (!location.folder) {
-    report(errno, error);
+    report(errno, path, error);
     return false;
   }
   const FileDescriptor granted = _grants.folderGranting(location);
   if (!granted) {
-    report(EACCES, error);
+    report(EACCES, path, error);
     return false;
   }
   if (_landlockVersion == 0) {
@@ -156,7 +156,7 @@ bool LandlockSecurityScope::performConfined(const std::string& path, const Work&
   bool done = false;
   const int code = runConfined(_landlockVersion, granted.get(), [&] { done = work(path); });
   if (code != 0) {
-    report(code, error);
+    report(code, path, error);
   }
   return done;
 }
@@ -165,11 +165,11 @@ bool LandlockSecurityScope::performOnItem(const std::string& path, const Work& w
                                           Error* error) const {
   const auto item = openItem(path);
   if (!item) {
-    report(errno, error);
+    report(errno, path, error);
     return false;
   }
   if (!_grants.folderGranting(item->location)) {
-    report(EACCES, error);
+    report(EACCES, path, error);
     return false;
   }
   return work(pathThroughDescriptor(item->item.get()));

@@ -4,14 +4,18 @@
 #include <sys/stat.h>
 #include <sys/utsname.h>
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <vector>
+#include <system_error>
 
 #include "tests/contract/scope/VolumeTest.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Deadline.h"
 #include "tests/support/RootCommands.h"
 
 namespace quennel::test {
@@ -208,6 +212,71 @@ TEST_P(Bookmarks, LeadToAFolderThatOnlyChangedItsPermissionsOrContents) {
   writeFile(folder + "/file", "text");
   chmod(folder.c_str(), 0750);
   EXPECT_THAT(resolve(token), Optional(folder));
+}
+
+/// Folders on a volume whose server does not answer.
+class BookmarksOnASilentVolume : public VolumeTest {
+ protected:
+  void SetUp() override {
+    if (const auto why = Volume::whyUnavailable(Filesystem::Fuse); !why.empty()) {
+      GTEST_SKIP() << "fuse: " << why;
+    }
+    mountFresh(Filesystem::Fuse);
+    makeFolder(folder);
+  }
+
+  void TearDown() override {
+    RootCommands::run("(umount -f " + volume + "; umount -l " + volume + ") 2>/dev/null; rm -f " +
+                      ready);
+  }
+
+  /// A server that never reads what it is asked; it ends with its mount.
+  void mountSilentVolume() {
+    ASSERT_TRUE(RootCommands::run(
+        "(exec 9<>/dev/fuse && mount -i -t fuse -o fd=9,rootmode=40000,user_id=0,group_id=0,"
+        "allow_other none " +
+        volume + " && touch " + ready + " && while grep -q " + volume +
+        " /proc/mounts; do sleep 0.1; done) >/dev/null 2>&1 & for try in $(seq 100); do [ -e " +
+        ready + " ] && exit 0; sleep 0.02; done; exit 1"));
+  }
+
+  const std::string folder = volume + "/folder";
+  const std::string ready = temporary / "ready";
+};
+
+/// How many processes of this test there are.
+std::ptrdiff_t processCount() {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  const auto program = fs::read_symlink("/proc/self/exe");
+  const auto mounts = fs::read_symlink("/proc/self/ns/mnt");
+  return std::count_if(fs::directory_iterator("/proc"), {}, [&](const auto& process) {
+    return fs::read_symlink(process.path() / "exe", ignored) == program &&
+           fs::read_symlink(process.path() / "ns/mnt", ignored) == mounts;
+  });
+}
+
+TEST_F(BookmarksOnASilentVolume, GiveNothingInTime) {
+  const auto token = bookmark(folder);
+  const auto tokenOfTop = bookmark(volume);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  mountSilentVolume();
+  const auto run = newScope();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(run->pathByResolvingBookmarkData(token), std::nullopt);
+  for (int count = 0; count < 20; ++count) {
+    EXPECT_EQ(run->pathByResolvingBookmarkData(tokenOfTop), std::nullopt);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(BookmarksOnASilentVolume, LeaveNoProcessWaiting) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  mountSilentVolume();
+  const auto before = processCount();
+  EXPECT_EQ(resolve(token), std::nullopt);
+  EXPECT_TRUE(eventually([&] { return processCount() == before; }));
 }
 
 std::string nameOfParameter(const ::testing::TestParamInfo<Filesystem>& info) {
