@@ -89,7 +89,9 @@ PropertyList dateOfSeconds(double sinceEpoch) {
     return Date::max();
   }
   // In microseconds: in nanoseconds a double shows digits that nobody stored.
-  return epoch + microseconds(std::llround(sinceEpoch * 1e6));
+  // Counted from 1970: from 2001 on, the nanoseconds back to the first dates do not fit.
+  return Date(microseconds(std::llround(sinceEpoch * 1e6)) +
+              duration_cast<microseconds>(epoch.time_since_epoch()));
 }
 
 PropertyList dateOfNode(plist_t node) {

@@ -190,23 +190,25 @@ TEST_P(UserDefaultsContract, AnExceptionOfAnUpdatePassesThroughAndChangesNothing
 
 TEST_P(UserDefaultsContract, EveryKindOfValueComesBack) {
   const PropertyList::Date date{std::chrono::seconds(1'000'000'000)};
-  const PropertyList value = Dictionary{{"yes", true},
-                                        {"no", false},
-                                        {"negative", -5},
-                                        {"least", std::numeric_limits<std::int64_t>::min()},
-                                        {"large", std::numeric_limits<std::uint64_t>::max()},
-                                        {"real", 0.1},
-                                        {"date", date},
-                                        {"early date", date - std::chrono::hours(24 * 365 * 100)},
-                                        {"first date", PropertyList::Date::min()},
-                                        {"last date", PropertyList::Date::max()},
-                                        {"data", PropertyList::Data{std::string("\0\xFF\n", 3)}},
-                                        {"no data", PropertyList::Data{}},
-                                        {"text", " <a> & \"b\" \n\t é 😀 "},
-                                        {"no text", ""},
-                                        {"list", Array{1, Array{}, Dictionary{}, "x"}},
-                                        {"a key with <&> é", 1},
-                                        {"", 2}};
+  const PropertyList value =
+      Dictionary{{"yes", true},
+                 {"no", false},
+                 {"negative", -5},
+                 {"least", std::numeric_limits<std::int64_t>::min()},
+                 {"large", std::numeric_limits<std::uint64_t>::max()},
+                 {"real", 0.1},
+                 {"date", date},
+                 {"early date", date - std::chrono::hours(24 * 365 * 100)},
+                 {"first date", PropertyList::Date::min()},
+                 {"date of 1681", PropertyList::Date{std::chrono::seconds(-9'098'179'200)}},
+                 {"last date", PropertyList::Date::max()},
+                 {"data", PropertyList::Data{std::string("\0\xFF\n", 3)}},
+                 {"no data", PropertyList::Data{}},
+                 {"text", " <a> & \"b\" \n\t é 😀 "},
+                 {"no text", ""},
+                 {"list", Array{1, Array{}, Dictionary{}, "x"}},
+                 {"a key with <&> é", 1},
+                 {"", 2}};
   defaults->setObject(value, "key");
   ASSERT_TRUE(defaults->synchronize());
   ASSERT_EQ(other->objectForKey("key"), value);
