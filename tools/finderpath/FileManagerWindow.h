@@ -1,0 +1,43 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <optional>
+#include <string>
+
+namespace quennel {
+
+class XDisplay;
+
+/// The file managers whose windows can be asked for their folder, by how they are asked.
+enum class FileManagerKind {
+  /// Thunar, PCManFM, Nemo, Caja: tell a drag where to save.
+  SavesDrops,
+  /// PCManFM-Qt: tells it only when the pointer is over the place of the drop.
+  SavesDropsUnderPointer,
+  /// Dolphin: tells another program where to extract to.
+  ExtractsDrops,
+  /// Nautilus: tells the folders of all windows.
+  ListsLocations,
+};
+
+/// A file manager's window on the X display.
+struct FileManagerWindow {
+  xcb_window_t window;
+  FileManagerKind kind;
+  /// In UTF-8, as it stands on the window.
+  std::string title;
+};
+
+/// Which windows count as being in front.
+enum class InFront {
+  /// The topmost of the file managers' windows that can be seen, even behind other programs'.
+  Topmost,
+  /// Only the window that has the focus.
+  Focused,
+};
+
+/// The file manager's window in front; nothing when there is none. Dialogs and desktops are none.
+std::optional<FileManagerWindow> frontFileManagerWindow(XDisplay& display, InFront inFront);
+
+}  // namespace quennel
