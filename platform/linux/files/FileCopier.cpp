@@ -2,9 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
-#include <linux/magic.h>
 #include <sys/ioctl.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -73,14 +71,6 @@ void writeAll(int file, std::string_view bytes) {
       throw FileFailure(errno, Step::Writing);
     }
   }
-}
-
-// On btrfs, whose small files live in its trees anyway, sharing is the faster way at any size.
-off_t FileCopier::smallestCloneForMany(int folder) {
-  struct statfs filesystem;
-  const bool isBtrfs =
-      ::fstatfs(folder, &filesystem) == 0 && filesystem.f_type == BTRFS_SUPER_MAGIC;
-  return isBtrfs ? 1 : defaultSmallestClone;
 }
 
 FileDescriptor FileCopier::openSource(int folder, const char* name, int flags) {

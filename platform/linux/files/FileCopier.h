@@ -27,8 +27,6 @@ class FileCopier {
   /// Sharing the blocks of a small file usually takes longer than copying it: the filesystem has to
   /// write the source out first, and to change its trees.
   static constexpr off_t defaultSmallestClone = off_t{64} * 1024;
-  /// What is best for many small files that are to be copied into the open folder.
-  static off_t smallestCloneForMany(int folder);
 
   /// Opens what is to be copied, never waiting for another program as a FIFO would, and leaves its
   /// date of last access alone where the process may. `flags` are added to those of the call.

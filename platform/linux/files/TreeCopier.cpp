@@ -1,6 +1,8 @@
 #include "platform/linux/files/TreeCopier.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <array>
@@ -43,6 +45,11 @@ FileDescriptor makeFolder(int parent, const char* name) {
   return folder;
 }
 
+bool isOnBtrfs(int item) {
+  struct statfs filesystem;
+  return ::fstatfs(item, &filesystem) == 0 && filesystem.f_type == BTRFS_SUPER_MAGIC;
+}
+
 void copyLink(int source, int copy, const char* name) {
   struct stat status;
   std::array<char, PATH_MAX + 1> target;
@@ -82,7 +89,12 @@ void TreeCopier::located(const Folder& folder, const char* name, const Operation
 
 void TreeCopier::copy(FileDescriptor source, const struct stat& status, int copy) {
   _root = copy;
-  _smallestClone = FileCopier::smallestCloneForMany(copy);
+  if (isOnBtrfs(copy)) {
+    // It keeps small files in its one tree of everything: two threads would mostly wait for each
+    // other at its locks, and sharing blocks is the faster way at any size.
+    _mayHaveHelper = false;
+    _smallestClone = 1;
+  }
   _rootStatus = statusOf(copy, Step::Creating);
   auto top = std::make_shared<Folder>();
   top->source = std::move(source);
@@ -107,8 +119,8 @@ TreeCopier::~TreeCopier() {
 
 void TreeCopier::add(Task task) {
   ++task.folder->openTasks;
-  if (_tasks.push(std::move(task)) > 1 && !_helperAsked) {
-    _helperAsked = true;
+  if (_tasks.push(std::move(task)) > 1 && _mayHaveHelper) {
+    _mayHaveHelper = false;
     startHelper();
   }
 }

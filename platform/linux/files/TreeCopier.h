@@ -19,7 +19,7 @@ namespace quennel {
 
 /// Copies what a folder holds into a fresh folder, with all metadata, and the metadata of the
 /// folder itself. Links inside are copied as links, and names that share a file still do. A second
-/// thread helps from the moment there is work for it.
+/// thread helps from the moment there is work for it, where that is of use.
 class TreeCopier {
  public:
   /// The paths are for messages.
@@ -66,9 +66,10 @@ class TreeCopier {
   /// The folder being filled, which must not be met again among what is copied.
   struct stat _rootStatus {};
   int _root = -1;
-  off_t _smallestClone = 0;
+  off_t _smallestClone = FileCopier::defaultSmallestClone;
   WorkStack<Task> _tasks;
-  bool _helperAsked = false;
+  /// Whether a second thread may still be started.
+  bool _mayHaveHelper = true;
   std::thread _helper;
   std::mutex _linkedFilesMutex;
   LinkedFiles _linkedFiles;
