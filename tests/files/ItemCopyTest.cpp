@@ -10,12 +10,15 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
 
 #include "platform/linux/files/PosixFileManager.h"
 #include "tests/files/FileTools.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/LoopMount.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -105,6 +108,18 @@ TEST_F(ItemCopy, WhatCannotBeReadFailsAndLeavesNothing) {
   EXPECT_EQ(copyAsNobody(at("template"), at("copy")), std::to_string(EACCES));
   EXPECT_EQ(copyAsNobody(at("other"), at("copy")), std::to_string(EACCES));
   EXPECT_THAT(namesIn(_folder.path()), ElementsAre("other", "secret", "template"));
+}
+
+TEST_F(ItemCopy, AFailureIsToldInTheLanguageOfTheUser) {
+  if (!std::filesystem::exists("/usr/share/locale/de/LC_MESSAGES/libc.mo")) {
+    GTEST_SKIP() << "no German messages of the C library: package locales";
+  }
+  const std::string told = inChildProcess([&] {
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    ::setenv("LANGUAGE", "de", 1);
+    return copy(at("missing"), at("copy")) ? std::string("copied") : _error.localizedDescription;
+  });
+  EXPECT_THAT(told, HasSubstr("Datei oder Verzeichnis nicht gefunden"));
 }
 
 TEST_F(ItemCopy, APlaceThatCannotBeWrittenFails) {

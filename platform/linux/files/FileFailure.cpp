@@ -1,7 +1,6 @@
 #include "platform/linux/files/FileFailure.h"
 
-#include <array>
-#include <cstring>
+#include "platform/linux/locale/UserLocale.h"
 
 namespace quennel {
 
@@ -34,12 +33,6 @@ bool isAtSource(FileFailure::Step step) {
          step == FileFailure::Step::CopyingSpecialFile;
 }
 
-std::string textOfCode(int code) {
-  std::array<char, 256> buffer;
-  // The GNU form, which answers the text and fills the buffer only where it has to.
-  return strerror_r(code, buffer.data(), buffer.size());
-}
-
 }  // namespace
 
 std::string quoted(const std::string& path) { return "“" + path + "”"; }
@@ -57,7 +50,7 @@ Error FileFailure::describe(const std::string& intent) const {
 }
 
 Error errorOf(const std::string& intent, int code) {
-  return {code, intent + ": " + textOfCode(code) + "."};
+  return {code, intent + ": " + UserLocale::errorDescription(code) + "."};
 }
 
 }  // namespace quennel
