@@ -69,9 +69,9 @@ class Report {
     const bool isShort = !isSmoke() && !figure.reachesGoal();
     _someShort = _someShort || isShort;
     const std::string_view verdict = isSmoke() ? "smoke" : isShort ? "short" : "ok";
-    std::printf("%-46s %15s %15s %7.2f  %-10s %s\n", figure.name.c_str(),
+    std::printf("%-46s %15s %15s %7s  %-10s %s\n", figure.name.c_str(),
                 quantity(figure.ours, figure.unit).c_str(),
-                quantity(figure.reference, figure.unit).c_str(), figure.ratio(),
+                quantity(figure.reference, figure.unit).c_str(), ratioText(figure).c_str(),
                 text(figure).c_str(), verdict.data());
     std::fflush(stdout);
   }
@@ -90,6 +90,15 @@ class Report {
     char text[64];
     const int decimals = value < 10 ? 3 : value < 1000 ? 1 : 0;
     std::snprintf(text, sizeof text, "%.*f %s", decimals, value, unit.c_str());
+    return text;
+  }
+
+  static std::string ratioText(const Figure& figure) {
+    if (figure.reference == 0) {
+      return "-";
+    }
+    char text[64];
+    std::snprintf(text, sizeof text, "%.2f", figure.ratio());
     return text;
   }
 
