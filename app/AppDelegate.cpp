@@ -2,10 +2,13 @@
 
 #include "platform/Bundle.h"
 #include "platform/DistributedNotificationCenter.h"
+#include "platform/KernelQueue.h"
 #include "platform/RunLoop.h"
 #include "platform/URLEvents.h"
 #include "platform/UserDefaults.h"
 #include "platform/VolumeEvents.h"
+#include "platform/values/Path.h"
+#include "watch/VDKQueue.h"
 
 namespace quennel {
 
@@ -39,9 +42,37 @@ void AppDelegate::applicationWillFinishLaunching() {
       _platform.urlEvents.setEventHandler([this](const URLEvent& event) { handleURLEvent(event); });
 }
 
-void AppDelegate::applicationDidFinishLaunching() { checkAndTerminate(); }
+void AppDelegate::applicationDidFinishLaunching() {
+  checkAndTerminate();
+  watchExecutable();
+}
+
+void AppDelegate::watchExecutable() {
+  _fileWatcher = VDKQueue::create({_platform.kernelQueues, _platform.runLoop, _platform.workspace,
+                                   _platform.workspaceNotificationCenter});
+  if (!_fileWatcher) {
+    return;
+  }
+  _fileWatcher->setDelegate(this);
+  std::string path = _platform.mainBundle.executablePath();
+  _fileWatcher->addPath(path, NOTE_DELETE | NOTE_WRITE | NOTE_RENAME);
+  // A file does not notice when a folder above it is moved, and from then on the resources would
+  // not be found.
+  while (path.size() > 1) {
+    path = deletingLastPathComponent(path);
+    _fileWatcher->addPath(path, NOTE_RENAME);
+  }
+}
+
+void AppDelegate::receivedNotification(VDKQueue&, std::string_view, std::string_view) {
+  _platform.runLoop.terminate();
+}
 
 void AppDelegate::applicationWillTerminate() {
+  if (_fileWatcher) {
+    _fileWatcher->setDelegate(nullptr);
+    _fileWatcher->removeAllPaths();
+  }
   _observers.clear();
   _volumeObserver.reset();
 }

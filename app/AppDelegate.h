@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/FileTemplate.h"
@@ -15,6 +16,7 @@
 #include "platform/Platform.h"
 #include "platform/Registration.h"
 #include "platform/UserInterface.h"
+#include "watch/VDKQueueDelegate.h"
 
 namespace quennel {
 
@@ -28,20 +30,21 @@ inline constexpr const char* sharedSuiteName = "Q4T7N2W9X5.net.brellow.Quennel";
 /// The application object: the hub that every flow is an operation of, or is called by. Each flow's
 /// operations are defined in the folder that they belong to. Main thread only; it outlives the work
 /// it puts on the main queue, because the queue drops its work when the loop ends.
-class AppDelegate {
+class AppDelegate : public VDKQueueDelegate {
  public:
   /// Opens the settings, starts listening to the main application and to volumes that come and go,
   /// and starts access to the directories that the user has granted.
   explicit AppDelegate(const Platform& platform);
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
-  ~AppDelegate();
+  ~AppDelegate() override;
 
   // Lifecycle: app/AppDelegate.cpp
 
   /// Takes over the URL events; before launching finishes, so that the URL that launched the helper
   /// is not lost.
   void applicationWillFinishLaunching();
+  /// Arms the launch quit check and starts to watch the helper's own executable.
   void applicationDidFinishLaunching();
   /// Called once, when the run loop is told to terminate.
   void applicationWillTerminate();
@@ -50,6 +53,9 @@ class AppDelegate {
   void userDefaultsDidChange(const Notification& notification);
   /// Arms the launch quit check, unless the user wants the helper to stay in the background.
   void checkAndTerminate();
+  /// Something happened to the executable, or to a folder that it is in: the helper terminates.
+  void receivedNotification(VDKQueue& queue, std::string_view notification,
+                            std::string_view path) override;
 
   UserDefaults& sharedDefaults() const { return _platform.sharedDefaults; }
   /// The template at a position of the list, disabled ones counted and found too.
@@ -117,6 +123,7 @@ class AppDelegate {
   bool installScriptManually();
 
  private:
+  void watchExecutable();
   void armRequestQuitCheck();
   void terminateIfUnused();
   void reportMissingTemplate();
@@ -139,6 +146,7 @@ class AppDelegate {
   std::vector<std::unique_ptr<Registration>> _observers;
   std::unique_ptr<Registration> _urlHandler;
   std::unique_ptr<Registration> _volumeObserver;
+  std::shared_ptr<VDKQueue> _fileWatcher;
 };
 
 }  // namespace quennel

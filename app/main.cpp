@@ -14,10 +14,12 @@
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/files/PosixFileManager.h"
 #include "platform/linux/mounts/MountTableEvents.h"
+#include "platform/linux/notifications/LocalNotificationCenter.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
 #include "platform/linux/tasks/LinuxUserScripts.h"
 #include "platform/linux/ui/LazyUserInterface.h"
+#include "platform/linux/watch/InotifyKernelQueueFactory.h"
 
 namespace quennel {
 namespace {
@@ -52,6 +54,8 @@ class Helper {
                    .securityScope = _securityScope,
                    .workspace = _workspace,
                    .volumeEvents = _volumeEvents,
+                   .workspaceNotificationCenter = _workspaceNotificationCenter,
+                   .kernelQueues = _kernelQueues,
                    .distributedNotificationCenter = _notificationCenter,
                    .urlEvents = urlEvents,
                    .userInterface = _userInterface,
@@ -78,6 +82,8 @@ class Helper {
   PosixFileManager _fileManager;
   LandlockSecurityScope _securityScope;
   DesktopWorkspace _workspace;
+  LocalNotificationCenter _workspaceNotificationCenter;
+  InotifyKernelQueueFactory _kernelQueues;
   MountTableEvents _volumeEvents;
   BusDistributedNotificationCenter _notificationCenter;
   LazyUserInterface _userInterface;

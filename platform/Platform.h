@@ -5,6 +5,8 @@ namespace quennel {
 class Bundle;
 class DistributedNotificationCenter;
 class FileManager;
+class KernelQueueFactory;
+class NotificationCenter;
 class RunLoop;
 class SecurityScope;
 class Sound;
@@ -28,6 +30,8 @@ struct Platform {
   SecurityScope& securityScope;
   Workspace& workspace;
   VolumeEvents& volumeEvents;
+  NotificationCenter& workspaceNotificationCenter;
+  KernelQueueFactory& kernelQueues;
   DistributedNotificationCenter& distributedNotificationCenter;
   URLEvents& urlEvents;
   UserInterface& userInterface;

@@ -47,6 +47,8 @@ class StoredGrant : public ::testing::Test {
               .securityScope = scope,
               .workspace = platform.workspace,
               .volumeEvents = platform.volumeEvents,
+              .workspaceNotificationCenter = platform.workspaceNotificationCenter,
+              .kernelQueues = platform.kernelQueues,
               .distributedNotificationCenter = platform.distributedNotificationCenter,
               .urlEvents = platform.urlEvents,
               .userInterface = platform.userInterface,

@@ -1,3 +1,7 @@
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "tests/support/AppDelegateTest.h"
 
 namespace quennel::test {
@@ -171,6 +175,92 @@ TEST_F(Lifecycle, TheFileTemplatesCommandAfterARequestEndsNothing) {
 TEST_F(Lifecycle, AUrlThatArrivesBeforeLaunchingFinishesIsNotLost) {
   fakes.urlEvents.open("quennel:///d?0");
   launch();
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+/// With an executable whose fate is the test's to decide.
+class SelfWatch : public AppDelegateTest {
+ protected:
+  SelfWatch() { kernel().addFile(executable); }
+
+  FakeKernelQueue& kernel() { return fakes.kernelQueues.queue(); }
+  bool isEnded() {
+    return fakes.runLoop.runUntil([this] { return terminated(); });
+  }
+  std::vector<std::uint32_t> masks() {
+    std::vector<std::uint32_t> masks;
+    for (const KernelEvent& change : kernel().changes()) {
+      masks.push_back(change.fflags);
+    }
+    return masks;
+  }
+
+  const std::string executable = "/opt/quennel/bin/quennelhelper";
+};
+
+TEST_F(SelfWatch, TheExecutableIsWatchedForItsEndAndForWrites) {
+  launch();
+  EXPECT_EQ(masks(), std::vector<std::uint32_t>{35});
+}
+
+TEST_F(SelfWatch, AReplacedExecutableEndsTheHelper) {
+  launch();
+  kernel().addFile("/opt/quennel/bin/new");
+  kernel().renameFile("/opt/quennel/bin/new", executable);
+  EXPECT_TRUE(isEnded());
+}
+
+TEST_F(SelfWatch, AnExecutableThatIsWrittenToEndsTheHelper) {
+  launch();
+  kernel().touch(executable, NOTE_WRITE);
+  EXPECT_TRUE(isEnded());
+}
+
+TEST_F(SelfWatch, ARenamedExecutableEndsTheHelper) {
+  launch();
+  kernel().renameFile(executable, executable + ".old");
+  EXPECT_TRUE(isEnded());
+}
+
+TEST_F(SelfWatch, ADeletedExecutableEndsTheHelper) {
+  launch();
+  kernel().removeFile(executable);
+  EXPECT_TRUE(isEnded());
+}
+
+TEST_F(SelfWatch, AMovedBundleEndsTheHelper) {
+  kernel().addFile("/opt/quennel");
+  launch();
+  kernel().touch("/opt/quennel", NOTE_WRITE);  // of no interest
+  kernel().renameFile("/opt/quennel", "/opt/moved");
+  EXPECT_TRUE(isEnded());
+  EXPECT_EQ(masks(), (std::vector<std::uint32_t>{35, NOTE_RENAME}));
+}
+
+TEST_F(SelfWatch, AHelperThatIsToStayInTheBackgroundIsEndedToo) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launch();
+  kernel().removeFile(executable);
+  EXPECT_TRUE(isEnded());
+}
+
+TEST_F(SelfWatch, TerminationStopsTheWatching) {
+  launch();
+  fakes.runLoop.terminate();
+  EXPECT_EQ(kernel().openDescriptorCount(), 0u);
+}
+
+TEST_F(SelfWatch, WithoutAKernelQueueTheHelperServesUnwatched) {
+  fakes.kernelQueues.refuses = true;
+  launch();
+  open("quennel:///d?0");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(SelfWatch, AnExecutableThatCannotBeWatchedLeavesTheHelperServing) {
+  kernel().removeFile(executable);
+  launch();
+  open("quennel:///d?0");
   EXPECT_TRUE(exists("/d/untitled.txt"));
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/linux/notifications/LocalNotificationCenter.h"
 #include "tests/support/CallLog.h"
 #include "tests/support/FakeBundle.h"
 #include "tests/support/FakeDistributedNotificationCenter.h"
 #include "tests/support/FakeFileManager.h"
+#include "tests/support/FakeKernelQueue.h"
 #include "tests/support/FakeRunLoop.h"
 #include "tests/support/FakeSecurityScope.h"
 #include "tests/support/FakeSound.h"
@@ -28,11 +30,13 @@ struct FakePlatform {
   FakeSecurityScope securityScope;
   FakeWorkspace workspace{log};
   FakeVolumeEvents volumeEvents;
+  LocalNotificationCenter workspaceNotificationCenter;
   FakeDistributedNotificationCenter distributedNotificationCenter{runLoop};
   FakeURLEvents urlEvents{runLoop};
   FakeUserInterface userInterface{log};
   FakeUserScripts userScripts;
   FakeSound sound{log};
+  FakeKernelQueueFactory kernelQueues;
 
   Platform platform() { return platformWith(userScripts); }
   Platform platformWith(UserScripts& scripts) {
@@ -44,6 +48,8 @@ struct FakePlatform {
             .securityScope = securityScope,
             .workspace = workspace,
             .volumeEvents = volumeEvents,
+            .workspaceNotificationCenter = workspaceNotificationCenter,
+            .kernelQueues = kernelQueues,
             .distributedNotificationCenter = distributedNotificationCenter,
             .urlEvents = urlEvents,
             .userInterface = userInterface,
