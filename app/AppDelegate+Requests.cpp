@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "platform/URLEvents.h"
 #include "platform/UserDefaults.h"
+#include "platform/UserInterface.h"
 #include "platform/values/Text.h"
 #include "platform/values/URL.h"
 
@@ -8,6 +9,7 @@ namespace quennel {
 
 void AppDelegate::handleURLEvent(const URLEvent& event) {
   setShouldHandleURL(true);
+  _platform.userInterface.setActivationToken(event.activationToken);
   const auto url = event.directObject ? URL::create(*event.directObject) : std::nullopt;
   const auto query = url ? url->query() : std::nullopt;
   const auto template_ = findTemplateByIndex(integerValue(query.value_or("")));

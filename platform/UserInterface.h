@@ -54,15 +54,18 @@ class UserInterface {
   /// The path of what the user chooses, or nothing when the panel is dismissed otherwise.
   using Choice = std::function<void(const std::optional<std::string>& path)>;
 
-  /// Shows the panel until the user answers it. A user interface that has no panels, or no display
-  /// to show them on, answers as if they were dismissed.
-  virtual std::optional<std::string> runModalOpenPanel(const OpenPanel&) { return std::nullopt; }
+  /// Shows the panel until the user answers it. With no display its texts go to standard error and
+  /// the answer is that of a panel that was dismissed.
+  virtual std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) = 0;
 
-  /// Shows the panel and returns; `completion` is called once, on the main queue, when it has
-  /// closed, or at once when nothing can be shown.
-  virtual void beginOpenPanel(const OpenPanel&, const Choice& completion) {
-    completion(std::nullopt);
-  }
+  /// Shows the panel and returns; several may stand side by side. `completion` is called once, on
+  /// the main queue, when it has closed; as a dismissed one when nothing can be shown; not at all
+  /// when the run loop terminates first.
+  virtual void beginOpenPanel(const OpenPanel& panel, const Choice& completion) = 0;
+
+  /// The token by which the sender of the request that is being served lets what it leads to come
+  /// to the front; empty for none. Good for the next thing shown.
+  virtual void setActivationToken(const std::string& token) = 0;
 
   /// Asks that the next thing shown comes to the front of all applications.
   virtual void activateIgnoringOtherApps() = 0;

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "platform/linux/ui/StandardErrorAlert.h"
+#include "platform/qt/PanelWindow.h"
 
 namespace quennel {
 namespace {
@@ -48,11 +49,6 @@ QString shownText(const std::optional<std::string>& string) {
   return shown;
 }
 
-/// A button's text as it is: "&" marks no shortcut key.
-QString buttonTitle(const std::string& string) {
-  return QString::fromStdString(string).replace('&', "&&");
-}
-
 void setUpLabel(QLabel& label) {
   label.setTextFormat(Qt::PlainText);  // a file's name may look like markup
   label.setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -64,16 +60,15 @@ AlertPanel::AlertPanel(const Alert& alert)
     : QMessageBox(QApplication::activeModalWidget()), _answer(dismissingAnswer(alert)) {
   setWindowTitle("Quennel");
   setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                 Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
+                 Qt::WindowCloseButtonHint);
+  keepAboveOthers(*this);
   setIcon(alert.alertStyle == AlertStyle::Critical ? Critical : Information);
   setTexts(alert);
   addButtons(alert);
 }
 
 int AlertPanel::run() {
-  show();
-  raise();
-  activateWindow();
+  showInFront(*this);
   exec();
   return _answer;
 }

@@ -67,6 +67,9 @@ QtApplication::QtApplication(RunLoop& runLoop, std::string platforms)
 QtApplication::~QtApplication() {
   _mainQueueNotifier.reset();
   _application.reset();
+  // Not for the programs that are started later.
+  qunsetenv("XDG_ACTIVATION_TOKEN");
+  qunsetenv("DESKTOP_STARTUP_ID");
   malloc_trim(0);
 }
 

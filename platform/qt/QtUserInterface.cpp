@@ -5,6 +5,7 @@
 #include "platform/qt/AlertPanel.h"
 #include "platform/qt/Display.h"
 #include "platform/qt/FileTypes.h"
+#include "platform/qt/OpenPanelDialog.h"
 #include "platform/qt/QtApplication.h"
 
 namespace quennel {
@@ -14,7 +15,37 @@ int QtUserInterface::runModal(const Alert& alert) {
     return dismissingAnswer(alert);
   }
   const auto shared = application();
-  return shared ? AlertPanel(alert).run() : runOnStandardError(alert);
+  if (!shared) {
+    return runOnStandardError(alert);
+  }
+  const int answer = AlertPanel(alert).run();
+  _begunPanels.serve();
+  return answer;
+}
+
+std::optional<std::string> QtUserInterface::runModalOpenPanel(const OpenPanel& panel) {
+  if (_runLoop.isTerminating()) {
+    return std::nullopt;
+  }
+  const auto shared = application();
+  if (!shared) {
+    return runOnStandardError(panel);
+  }
+  auto choice = OpenPanelDialog(panel).run();
+  _begunPanels.serve();
+  return choice;
+}
+
+void QtUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& completion) {
+  if (_runLoop.isTerminating()) {
+    return;
+  }
+  if (const auto shared = application()) {
+    _begunPanels.begin(shared, panel, completion);
+  } else {
+    _runLoop.dispatchAsync(
+        [completion, choice = runOnStandardError(panel)] { completion(choice); });
+  }
 }
 
 void QtUserInterface::activateIgnoringOtherApps() {
@@ -30,15 +61,28 @@ std::optional<std::string> QtUserInterface::localizedDescriptionOfFileExtension(
 
 std::shared_ptr<QtApplication> QtUserInterface::application() {
   auto shared = _application.lock();
-  if (!shared) {
-    const std::string platforms = reachablePlatforms();
-    if (platforms.empty()) {
-      return nullptr;
-    }
-    shared = std::make_shared<QtApplication>(_runLoop, platforms);
-    _application = shared;
+  if (shared) {
+    offerActivationToken();
+    return shared;
   }
+  const std::string platforms = reachablePlatforms();
+  if (platforms.empty()) {
+    return nullptr;
+  }
+  offerActivationToken();
+  shared = std::make_shared<QtApplication>(_runLoop, platforms);
+  _application = shared;
   return shared;
+}
+
+void QtUserInterface::offerActivationToken() {
+  if (!_activationToken.empty()) {
+    // The toolkit takes them from there: the one for Wayland when a window asks for the keyboard,
+    // the one for X11 when it connects.
+    qputenv("XDG_ACTIVATION_TOKEN", _activationToken.c_str());
+    qputenv("DESKTOP_STARTUP_ID", _activationToken.c_str());
+    _activationToken.clear();
+  }
 }
 
 }  // namespace quennel

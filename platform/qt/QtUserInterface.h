@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/UserInterface.h"
+#include "platform/qt/BegunPanels.h"
 
 namespace quennel {
 
@@ -16,9 +17,12 @@ class RunLoop;
 class QtUserInterface : public UserInterface {
  public:
   /// `runLoop` is not owned.
-  explicit QtUserInterface(RunLoop& runLoop) : _runLoop(runLoop) {}
+  explicit QtUserInterface(RunLoop& runLoop) : _runLoop(runLoop), _begunPanels(runLoop) {}
 
   int runModal(const Alert& alert) override;
+  std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override;
+  void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override;
+  void setActivationToken(const std::string& token) override { _activationToken = token; }
   void activateIgnoringOtherApps() override;
   std::optional<std::string> localizedDescriptionOfFileExtension(
       const std::string& extension) override;
@@ -26,9 +30,12 @@ class QtUserInterface : public UserInterface {
  private:
   /// The application object, shared by all that is shown at the same time; null with no display.
   std::shared_ptr<QtApplication> application();
+  void offerActivationToken();
 
   RunLoop& _runLoop;
   std::weak_ptr<QtApplication> _application;
+  BegunPanels _begunPanels;
+  std::string _activationToken;
 };
 
 }  // namespace quennel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <map>
@@ -24,6 +25,7 @@ class FakeUserInterface : public UserInterface {
   std::function<void(const Alert&)> whileShown;
   std::map<std::string, std::string> typeDescriptions;
   int activations = 0;
+  std::vector<std::string> activationTokens;
   std::vector<OpenPanel> openPanels;
   /// What to choose in the open panels, in order; when none is left they are cancelled.
   std::deque<std::optional<std::string>> choices;
@@ -58,6 +60,22 @@ class FakeUserInterface : public UserInterface {
     return choice;
   }
 
+  void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override {
+    openPanels.push_back(panel);
+    _log.add("open panel");
+    _begun.push_back(completion);
+  }
+
+  /// The user answers the panel that was begun first and stands there still.
+  void answerBegunPanel(const std::optional<std::string>& choice) {
+    const Choice completion = _begun.at(0);
+    _begun.pop_front();
+    completion(choice);
+  }
+  std::size_t begunPanels() const { return _begun.size(); }
+
+  void setActivationToken(const std::string& token) override { activationTokens.push_back(token); }
+
   void activateIgnoringOtherApps() override {
     ++activations;
     _log.add("activate");
@@ -71,6 +89,7 @@ class FakeUserInterface : public UserInterface {
 
  private:
   CallLog& _log;
+  std::deque<Choice> _begun;
 };
 
 }  // namespace quennel::test

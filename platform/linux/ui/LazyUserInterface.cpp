@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/RunLoop.h"
 #include "platform/linux/ui/StandardErrorAlert.h"
 #include "platform/linux/ui/UserInterfaceModule.h"
 
@@ -19,6 +20,21 @@ int LazyUserInterface::runModal(const Alert& alert) {
   UserInterface* const userInterface = loaded();
   return userInterface ? userInterface->runModal(alert) : runOnStandardError(alert);
 }
+
+std::optional<std::string> LazyUserInterface::runModalOpenPanel(const OpenPanel& panel) {
+  UserInterface* const userInterface = loaded();
+  return userInterface ? userInterface->runModalOpenPanel(panel) : runOnStandardError(panel);
+}
+
+void LazyUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& completion) {
+  if (UserInterface* const userInterface = loaded()) {
+    userInterface->beginOpenPanel(panel, completion);
+    return;
+  }
+  _runLoop.dispatchAsync([completion, choice = runOnStandardError(panel)] { completion(choice); });
+}
+
+void LazyUserInterface::setActivationToken(const std::string& token) { _activationToken = token; }
 
 void LazyUserInterface::activateIgnoringOtherApps() {
   if (_userInterface) {
@@ -37,6 +53,9 @@ UserInterface* LazyUserInterface::loaded() {
   if (!_loadingTried) {
     _loadingTried = true;
     _userInterface = load();
+  }
+  if (_userInterface) {
+    _userInterface->setActivationToken(std::exchange(_activationToken, {}));
   }
   return _userInterface.get();
 }

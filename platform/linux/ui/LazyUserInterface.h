@@ -11,8 +11,9 @@ namespace quennel {
 class RunLoop;
 
 /// The user interface of a program that seldom needs one: the toolkit comes with a module that is
-/// loaded at the first use and stays loaded. Where the module is missing, alerts go to standard
-/// error, after one note that says so, and no file type has a description.
+/// loaded at the first use and stays loaded. Where the module is missing, alerts and the
+/// texts of panels, which are dismissed, go to standard error, after one note that says so, and no
+/// file type has a description.
 class LazyUserInterface : public UserInterface {
  public:
   /// `runLoop` is not owned. Nothing is loaded yet.
@@ -20,6 +21,9 @@ class LazyUserInterface : public UserInterface {
   ~LazyUserInterface() override;
 
   int runModal(const Alert& alert) override;
+  std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override;
+  void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override;
+  void setActivationToken(const std::string& token) override;
   /// Brings to the front what is shown now. What is shown later comes to the front by itself, so
   /// that nothing is loaded for this.
   void activateIgnoringOtherApps() override;
@@ -33,6 +37,7 @@ class LazyUserInterface : public UserInterface {
 
   RunLoop& _runLoop;
   std::string _modulePath;
+  std::string _activationToken;
   bool _loadingTried = false;
   std::unique_ptr<UserInterface> _userInterface;
 };

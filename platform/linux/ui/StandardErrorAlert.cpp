@@ -1,7 +1,6 @@
 #include "platform/linux/ui/StandardErrorAlert.h"
 
 #include <cstdio>
-#include <string>
 
 namespace quennel {
 
@@ -16,6 +15,12 @@ int runOnStandardError(const Alert& alert) {
   const char* separator = title.empty() || message.empty() ? "" : ": ";
   std::fprintf(stderr, "%s%s%s\n", title.c_str(), separator, message.c_str());
   return dismissingAnswer(alert);
+}
+
+std::optional<std::string> runOnStandardError(const OpenPanel& panel) {
+  std::fprintf(stderr, "%s: %s (%s)\n", panel.title.c_str(), panel.message.c_str(),
+               panel.directory.c_str());
+  return std::nullopt;
 }
 
 }  // namespace quennel

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "platform/UserInterface.h"
 
 namespace quennel {
@@ -10,5 +13,9 @@ int dismissingAnswer(const Alert& alert);
 /// An alert where nothing can be shown: writes "title: message" to standard error and answers as if
 /// it had been dismissed.
 int runOnStandardError(const Alert& alert);
+
+/// An open panel where nothing can be shown: writes "title: message (folder)" to standard error and
+/// answers as if it had been dismissed.
+std::optional<std::string> runOnStandardError(const OpenPanel& panel);
 
 }  // namespace quennel

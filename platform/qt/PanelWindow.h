@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QtCore/QString>
+#include <string>
+
+class QWidget;
+
+namespace quennel {
+
+// What the windows of the helper have in common.
+
+/// Lets the window stand above those of all applications. Called before it is shown.
+void keepAboveOthers(QWidget& window);
+
+/// Shows the window and gives it the keyboard.
+void showInFront(QWidget& window);
+
+/// A button's text as it is: "&" marks no shortcut key.
+QString buttonTitle(const std::string& text);
+
+}  // namespace quennel
