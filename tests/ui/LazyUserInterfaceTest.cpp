@@ -158,6 +158,20 @@ TEST(LazyUserInterface, AMissingModuleIsNotedOnceAndAlertsGoToStandardError) {
   EXPECT_EQ(userInterface.localizedDescriptionOfFileExtension("txt"), std::nullopt);
 }
 
+/// Before any other test shows something: a copy of a process that did lacks the toolkit's threads.
+TEST_F(OnScreen, ADisplayThatGoesUnderAnAlertEndsTheProcess) {
+  const std::string end = inChildProcess([&] {
+    EventRunLoop ownLoop;
+    ownLoop.dispatchAfter(milliseconds(50), [&] {
+      waitForAlert();
+      server->kill();
+    });
+    LazyUserInterface(ownLoop, USER_INTERFACE_MODULE).runModal(criticalAlert());
+    return std::string("answered");
+  });
+  EXPECT_EQ(end, "died with status " + std::to_string(1 << 8)) << "by the toolkit's exit(1)";
+}
+
 TEST_F(OnScreen, ReturnPressesTheDefaultButton) {
   EXPECT_EQ(answerAfterPressing("Return", criticalAlert()), firstButton);
 }
@@ -258,19 +272,6 @@ TEST_F(OnScreen, ADisplayThatHasGoneIsNoDisplayAtTheNextAlert) {
   server->kill();
   EXPECT_EQ(standardErrorOf([&] { userInterface.runModal(criticalAlert()); }),
             "Unable to create file!: No suitable file template found.\n");
-}
-
-TEST_F(OnScreen, ADisplayThatGoesUnderAnAlertEndsTheProcess) {
-  const std::string end = inChildProcess([&] {
-    EventRunLoop ownLoop;
-    ownLoop.dispatchAfter(milliseconds(50), [&] {
-      waitForAlert();
-      server->kill();
-    });
-    LazyUserInterface(ownLoop, USER_INTERFACE_MODULE).runModal(criticalAlert());
-    return std::string("answered");
-  });
-  EXPECT_EQ(end, "died with status " + std::to_string(1 << 8)) << "by the toolkit's exit(1)";
 }
 
 TEST_F(OnScreen, NumbersAreReadInTheSameFormAfterAnAlert) {
