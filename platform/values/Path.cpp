@@ -30,6 +30,18 @@ std::size_t dotOfExtension(std::string_view path) {
   return isExtension ? dot : std::string_view::npos;
 }
 
+char lowercase(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+bool endsWithExtension(std::string_view name, std::string_view extension) {
+  if (name.size() <= extension.size() || name[name.size() - extension.size() - 1] != '.') {
+    return false;
+  }
+  return std::equal(extension.begin(), extension.end(), name.end() - extension.size(),
+                    [](char left, char right) { return lowercase(left) == lowercase(right); });
+}
+
 std::string expandingTilde(std::string_view path) {
   const bool namesHome = path == "~" || path.starts_with("~/");
   const char* home = namesHome ? std::getenv("HOME") : nullptr;
@@ -102,6 +114,17 @@ std::string appendingPathExtension(std::string_view path, std::string_view exten
     result.append(".").append(extension);
   }
   return result;
+}
+
+std::string completingPathExtension(std::string_view name, std::string_view extension) {
+  // An extension may consist of several: the longest beginning of it that is there counts.
+  for (std::size_t end = extension.size(); end != 0 && end != std::string_view::npos;
+       end = extension.rfind('.', end - 1)) {
+    if (endsWithExtension(name, extension.substr(0, end))) {
+      return std::string(name) + std::string(extension.substr(end));
+    }
+  }
+  return extension.empty() ? std::string(name) : appendingPathExtension(name, extension);
 }
 
 std::string standardizingPath(std::string_view path) {

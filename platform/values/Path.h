@@ -29,6 +29,11 @@ std::string deletingPathExtension(std::string_view path);
 /// dot either.
 std::string appendingPathExtension(std::string_view path, std::string_view extension);
 
+/// A file name with the extension appended that it is to have, of which only what is missing:
+/// "report.v2" with "txt" → "report.v2.txt", "report.TXT" as it is, and "backup.tar" with "tar.gz"
+/// → "backup.tar.gz".
+std::string completingPathExtension(std::string_view name, std::string_view extension);
+
 /// A leading "~" replaced by the user's home folder (the environment's HOME; left alone without
 /// one, and so is "~name"), empty and "." components removed, and in an absolute path ".." taken
 /// together with the component before it. Symbolic links are not looked at.

@@ -119,6 +119,28 @@ TEST(Path, StandardizingResolvesDotDotInAbsolutePathsOnly) {
   EXPECT_EQ(standardizingPath("a/../b"), "a/../b");
 }
 
+TEST(Path, CompletingAppendsAnExtensionThatIsMissing) {
+  EXPECT_EQ(completingPathExtension("report", "txt"), "report.txt");
+  EXPECT_EQ(completingPathExtension("report.v2", "txt"), "report.v2.txt");
+  EXPECT_EQ(completingPathExtension("txt", "txt"), "txt.txt");
+  EXPECT_EQ(completingPathExtension("reporttxt", "txt"), "reporttxt.txt");
+  EXPECT_EQ(completingPathExtension("report.", "txt"), "report..txt");
+  EXPECT_EQ(completingPathExtension("report", ""), "report");
+}
+
+TEST(Path, CompletingLeavesAnExtensionThatIsThereInWhateverCase) {
+  EXPECT_EQ(completingPathExtension("report.txt", "txt"), "report.txt");
+  EXPECT_EQ(completingPathExtension("report.TXT", "txt"), "report.TXT");
+  EXPECT_EQ(completingPathExtension(".txt", "txt"), ".txt");
+  EXPECT_EQ(completingPathExtension("backup.tar.gz", "tar.gz"), "backup.tar.gz");
+}
+
+TEST(Path, CompletingAppendsTheRestOfAnExtensionInParts) {
+  EXPECT_EQ(completingPathExtension("backup.tar", "tar.gz"), "backup.tar.gz");
+  EXPECT_EQ(completingPathExtension("backup.gz", "tar.gz"), "backup.gz.tar.gz");
+  EXPECT_EQ(completingPathExtension("odd", ".odd"), "odd..odd");
+}
+
 class HomePath : public testing::Test {
  protected:
   void SetUp() override { setenv("HOME", "/home/me/", 1); }
