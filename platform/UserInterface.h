@@ -1,9 +1,12 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/SavePanel.h"
 
 namespace quennel {
 
@@ -18,9 +21,6 @@ struct Alert {
   AlertStyle alertStyle = AlertStyle::Informational;
   std::vector<std::string> buttons;
 };
-
-/// How a panel stands among the windows of all applications.
-enum class PanelLevel { Normal = 0, AboveOthers = 1 };
 
 /// A panel in which the user chooses one item that exists.
 struct OpenPanel {
@@ -62,6 +62,9 @@ class UserInterface {
   /// the main queue, when it has closed; as a dismissed one when nothing can be shown; not at all
   /// when the run loop terminates first.
   virtual void beginOpenPanel(const OpenPanel& panel, const Choice& completion) = 0;
+
+  /// A panel that is not shown yet. Never null.
+  virtual std::unique_ptr<SavePanel> savePanel() = 0;
 
   /// The token by which the sender of the request that is being served lets what it leads to come
   /// to the front; empty for none. Good for the next thing shown.

@@ -1,6 +1,7 @@
 #include "platform/qt/QtUserInterface.h"
 
 #include "platform/RunLoop.h"
+#include "platform/linux/ui/DismissedSavePanel.h"
 #include "platform/linux/ui/StandardErrorAlert.h"
 #include "platform/qt/AlertPanel.h"
 #include "platform/qt/Display.h"
@@ -46,6 +47,10 @@ void QtUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& compl
     _runLoop.dispatchAsync(
         [completion, choice = runOnStandardError(panel)] { completion(choice); });
   }
+}
+
+std::unique_ptr<SavePanel> QtUserInterface::savePanel() {
+  return std::make_unique<DismissedSavePanel>();
 }
 
 void QtUserInterface::activateIgnoringOtherApps() {

@@ -22,6 +22,7 @@ class QtUserInterface : public UserInterface {
   int runModal(const Alert& alert) override;
   std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override;
   void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override;
+  std::unique_ptr<SavePanel> savePanel() override;
   void setActivationToken(const std::string& token) override { _activationToken = token; }
   void activateIgnoringOtherApps() override;
   std::optional<std::string> localizedDescriptionOfFileExtension(

@@ -4,12 +4,14 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/UserInterface.h"
 #include "tests/support/CallLog.h"
+#include "tests/support/FakeSavePanel.h"
 
 namespace quennel::test {
 
@@ -30,6 +32,8 @@ class FakeUserInterface : public UserInterface {
   /// What to choose in the open panels, in order; when none is left they are cancelled.
   std::deque<std::optional<std::string>> choices;
   std::function<void(const OpenPanel&)> whilePanelShown;
+  /// What the user does in a save panel; without it the panel is cancelled.
+  std::function<ModalResponse(FakeSavePanel&)> whileSavePanelShown;
 
   int runModal(const Alert& alert) override {
     alerts.push_back(alert);
@@ -73,6 +77,10 @@ class FakeUserInterface : public UserInterface {
     completion(choice);
   }
   std::size_t begunPanels() const { return _begun.size(); }
+
+  std::unique_ptr<SavePanel> savePanel() override {
+    return std::make_unique<FakeSavePanel>(_log, whileSavePanelShown);
+  }
 
   void setActivationToken(const std::string& token) override { activationTokens.push_back(token); }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/RunLoop.h"
+#include "platform/linux/ui/DismissedSavePanel.h"
 #include "platform/linux/ui/StandardErrorAlert.h"
 #include "platform/linux/ui/UserInterfaceModule.h"
 
@@ -35,6 +36,11 @@ void LazyUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& com
 }
 
 void LazyUserInterface::setActivationToken(const std::string& token) { _activationToken = token; }
+
+std::unique_ptr<SavePanel> LazyUserInterface::savePanel() {
+  UserInterface* const userInterface = loaded();
+  return userInterface ? userInterface->savePanel() : std::make_unique<DismissedSavePanel>();
+}
 
 void LazyUserInterface::activateIgnoringOtherApps() {
   if (_userInterface) {

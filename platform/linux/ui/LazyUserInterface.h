@@ -23,6 +23,7 @@ class LazyUserInterface : public UserInterface {
   int runModal(const Alert& alert) override;
   std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override;
   void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override;
+  std::unique_ptr<SavePanel> savePanel() override;
   void setActivationToken(const std::string& token) override;
   /// Brings to the front what is shown now. What is shown later comes to the front by itself, so
   /// that nothing is loaded for this.

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdio>
+
+#include "platform/SavePanel.h"
+
+namespace quennel {
+
+/// A save panel where nothing can be shown: it writes "title (folder)" to standard error and is
+/// cancelled at once.
+class DismissedSavePanel : public SavePanel {
+ public:
+  void setTitle(const std::string& title) override { _title = title; }
+  void setNameFieldStringValue(const std::string&) override {}
+  void setAllowedFileTypes(const std::optional<std::vector<std::string>>&) override {}
+  void setExtensionHidden(bool) override {}
+  void setDirectoryURL(const std::string& path) override { _directory = path; }
+  void setLevel(PanelLevel) override {}
+  void setCanCreateDirectories(bool) override {}
+  void setAccessoryView(PopUpButton&) override {}
+  ModalResponse runModal() override {
+    std::fprintf(stderr, "%s (%s)\n", _title.c_str(), _directory.c_str());
+    return ModalResponse::Cancel;
+  }
+  std::string path() const override { return {}; }
+
+ private:
+  std::string _title;
+  std::string _directory;
+};
+
+}  // namespace quennel
