@@ -15,8 +15,13 @@ void AppDelegate::handleURLEvent(const URLEvent& event) {
   const auto template_ = findTemplateByIndex(integerValue(query.value_or("")));
   if (!template_) {
     reportMissingTemplate();
-  } else if (sharedDefaults().boolForKey("skipFilename")) {
-    createFileAtDir(url ? std::optional(url->path()) : std::nullopt, *template_);
+  } else {
+    const auto dir = url ? std::optional(url->path()) : std::nullopt;
+    if (sharedDefaults().boolForKey("skipFilename")) {
+      createFileAtDir(dir, *template_);
+    } else {
+      showNewFilePanel(dir, *template_);
+    }
   }
   armRequestQuitCheck();
 }

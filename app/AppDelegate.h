@@ -102,6 +102,13 @@ class AppDelegate : public VDKQueueDelegate {
   /// Whether `path` is the Desktop folder or an item directly in it.
   bool isDesktopDir(const std::string& path) const;
 
+  // Creation with a panel that asks for the name: creation/AppDelegate+NewFilePanel.cpp
+
+  /// Lets the user name a new file, in `dir` or elsewhere, choose another template for it, and
+  /// makes it; an item of that name is replaced. Returns when the panel has closed and the file is
+  /// made. No directory shows no panel.
+  void showNewFilePanel(const std::optional<std::string>& dir, const FileTemplate& template_);
+
   // Asking the user script for the folder in front: shortcuts/AppDelegate+FolderQuery.cpp
 
   /// Receives the absolute path of a folder, as the script printed it, and the template that it was
@@ -127,7 +134,12 @@ class AppDelegate : public VDKQueueDelegate {
   void armRequestQuitCheck();
   void terminateIfUnused();
   void reportMissingTemplate();
-  void showAlertAfterPanel(const std::string& title, const std::string& message) const;
+  /// `afterwards`, if any, is called when the user has dismissed the alert.
+  void showAlertAfterPanel(const std::string& title, const std::string& message,
+                           const std::function<void()>& afterwards = nullptr) const;
+  std::unique_ptr<SavePanel> newFilePanel(const std::string& dir,
+                                          const FileTemplate& template_) const;
+  void makeFileAtChosenPath(const std::string& path, const FileTemplate& template_);
   void finishNewItem(const std::string& path, const FileTemplate& template_);
   void runPostCreationActions(const std::string& path);
   void reportFailedFolderQuery(const Error& error) const;

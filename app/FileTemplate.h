@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/values/Path.h"
 #include "platform/values/PropertyList.h"
 
 namespace quennel {
@@ -23,6 +24,13 @@ inline std::string templateText(const FileTemplate& template_, std::string_view 
 inline bool templateFlag(const FileTemplate& template_, std::string_view key) {
   const PropertyList* value = template_.objectForKey(key);
   return value && value->boolValue();
+}
+
+/// The name of a file made from the template: its prefix, with its suffix if it has one.
+inline std::string templateFileName(const FileTemplate& template_) {
+  const std::string prefix = templateText(template_, "prefix");
+  const std::string suffix = templateText(template_, "suffix");
+  return suffix.empty() ? prefix : appendingPathExtension(prefix, suffix);
 }
 
 }  // namespace quennel

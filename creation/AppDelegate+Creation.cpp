@@ -15,12 +15,6 @@ namespace {
 /// An alert that follows a panel waits until the panel has gone away.
 constexpr std::chrono::milliseconds alertDelay{300};
 
-std::string newFileName(const FileTemplate& template_) {
-  const std::string prefix = templateText(template_, "prefix");
-  const std::string suffix = templateText(template_, "suffix");
-  return suffix.empty() ? prefix : appendingPathExtension(prefix, suffix);
-}
-
 }  // namespace
 
 void AppDelegate::createFileAtDir(const std::optional<std::string>& dir,
@@ -31,7 +25,7 @@ void AppDelegate::createFileAtDir(const std::optional<std::string>& dir,
 }
 
 void AppDelegate::makeFileAtDir(const std::string& dir, const FileTemplate& template_) {
-  const std::string name = newFileName(template_);
+  const std::string name = templateFileName(template_);
   if (name.empty()) {
     // Joined to the folder it would name the folder itself, and the free name one beside it.
     showAlertAfterPanel("Error creating file!", localizedText("The template has no file name."));
@@ -74,9 +68,13 @@ bool AppDelegate::isDesktopDir(const std::string& path) const {
   return path == desktop || deletingLastPathComponent(path) == desktop;
 }
 
-void AppDelegate::showAlertAfterPanel(const std::string& title, const std::string& message) const {
-  _platform.runLoop.dispatchAfter(alertDelay, [this, title, message] {
+void AppDelegate::showAlertAfterPanel(const std::string& title, const std::string& message,
+                                      const std::function<void()>& afterwards) const {
+  _platform.runLoop.dispatchAfter(alertDelay, [this, title, message, afterwards] {
     _util.showAlert(localizedText(title), message, AlertStyle::Critical);
+    if (afterwards) {
+      afterwards();
+    }
   });
 }
 

@@ -1,0 +1,431 @@
+#include "tests/support/AppDelegateTest.h"
+
+namespace quennel::test {
+namespace {
+
+/// Requests that open a panel, and a user who answers it.
+class NewFilePanel : public AppDelegateTest {
+ protected:
+  NewFilePanel() {
+    fakes.sharedDefaults.setObject(false, "skipFilename");
+    answer([](FakeSavePanel&) { return ModalResponse::OK; });
+  }
+
+  void answer(FakeSavePanel::User user) {
+    fakes.userInterface.whileSavePanelShown = std::move(user);
+  }
+  /// A request for a template that is the only one.
+  void show(const PropertyList::Dictionary& record, const std::string& dir = "/d") {
+    fakes.sharedDefaults.setObject(PropertyList::Array{record}, "fileTemplates");
+    launch().showNewFilePanel(dir, record);
+  }
+  /// Looks at the panel and cancels it.
+  void lookAt(const PropertyList::Dictionary& record,
+              const std::function<void(FakeSavePanel&)>& look) {
+    int shown = 0;
+    answer([&](FakeSavePanel& panel) {
+      ++shown;
+      look(panel);
+      return ModalResponse::Cancel;
+    });
+    show(record);
+    EXPECT_EQ(shown, 1);
+  }
+  PropertyList::Dictionary withoutSuffix(const std::string& prefix) {
+    auto record = templateRecord(prefix, "");
+    record.insert_or_assign("filePath", "/templates/untitled.txt");
+    return record;
+  }
+  std::uint16_t mode(const std::string& path) {
+    return fakes.fileManager.attributesOfItemAtPath(path)->posixPermissions.value();
+  }
+  const Alert& onlyAlert() {
+    EXPECT_EQ(fakes.userInterface.alerts.size(), 1u);
+    return fakes.userInterface.alerts.at(0);
+  }
+};
+
+TEST_F(NewFilePanel, ARequestThatDoesNotSkipTheNameOpensIt) {
+  launch();
+  open("quennel:///d?2");
+  EXPECT_TRUE(exists("/d/script.sh"));
+}
+
+TEST_F(NewFilePanel, ARequestThatSkipsTheNameDoesNot) {
+  fakes.sharedDefaults.setObject(true, "skipFilename");
+  answer([](FakeSavePanel&) -> ModalResponse {
+    ADD_FAILURE() << "a panel";
+    return ModalResponse::Cancel;
+  });
+  launch();
+  open("quennel:///d?2");
+  EXPECT_TRUE(exists("/d/script.sh"));
+}
+
+TEST_F(NewFilePanel, ARequestWithoutAFolderOpensNone) {
+  launch();
+  delegate->handleURLEvent({.directObject = "not a url", .activationToken = {}});
+  EXPECT_EQ(fakes.userInterface.activations, 0);
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(NewFilePanel, IsSetUpInThisOrder) {
+  lookAt(templateRecord("untitled", "txt"), [](FakeSavePanel&) {});
+  EXPECT_EQ(fakes.log.calls(),
+            (std::vector<std::string>{"activate", "setTitle", "setNameFieldStringValue",
+                                      "setAllowedFileTypes", "setExtensionHidden",
+                                      "setDirectoryURL", "setLevel", "setCanCreateDirectories",
+                                      "setAccessoryView", "activate", "save panel"}));
+}
+
+TEST_F(NewFilePanel, ProposesTheNameOfTheTemplate) {
+  lookAt(templateRecord("untitled", "txt"), [](FakeSavePanel& panel) {
+    EXPECT_EQ(panel.title, "New A untitled");
+    EXPECT_EQ(panel.name, "untitled");
+    EXPECT_EQ(panel.allowedFileTypes, std::vector<std::string>{"txt"});
+    EXPECT_TRUE(panel.extensionHidden);
+    EXPECT_EQ(panel.directory, "/d");
+    EXPECT_EQ(panel.level, PanelLevel::AboveOthers);
+    EXPECT_TRUE(panel.canCreateDirectories);
+  });
+}
+
+TEST_F(NewFilePanel, ATakenNameIsProposedWithANumber) {
+  fakes.fileManager.addFile("/d/untitled.txt", "old");
+  answer([](FakeSavePanel& panel) {
+    EXPECT_EQ(panel.name, "untitled-1");
+    EXPECT_TRUE(panel.extensionHidden);
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/untitled-1.txt"), "Dear reader");
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/untitled.txt"), "old");
+}
+
+TEST_F(NewFilePanel, WithoutASuffixTheNameIsThePrefixAndAnyTypeIsAllowed) {
+  lookAt(withoutSuffix("untitled"), [](FakeSavePanel& panel) {
+    EXPECT_EQ(panel.name, "untitled");
+    EXPECT_EQ(panel.allowedFileTypes, std::nullopt);
+    EXPECT_FALSE(panel.extensionHidden);
+  });
+}
+
+TEST_F(NewFilePanel, WithoutASuffixATakenNameGetsANumberToo) {
+  fakes.fileManager.addFile("/d/untitled");
+  lookAt(withoutSuffix("untitled"),
+         [](FakeSavePanel& panel) { EXPECT_EQ(panel.name, "untitled-1"); });
+}
+
+TEST_F(NewFilePanel, ATemplateWithoutANameLeavesTheNameToTheUser) {
+  lookAt(withoutSuffix(""), [](FakeSavePanel& panel) { EXPECT_EQ(panel.name, ""); });
+}
+
+TEST_F(NewFilePanel, TheTitleMayBeReplacedInTheSettings) {
+  fakes.sharedDefaults.setObject(PropertyList::Dictionary{{"New %@", "Nouveau %@"}},
+                                 "localizedStrings");
+  lookAt(templateRecord("untitled", "txt"),
+         [](FakeSavePanel& panel) { EXPECT_EQ(panel.title, "Nouveau A untitled"); });
+}
+
+TEST_F(NewFilePanel, TheFolderIsKeptAsTheOneInWhichPanelsOpen) {
+  show(templateRecord("untitled", "txt"));
+  for (const char* const key : {"NSNavLastRootDirectory", "NSNavLastCurrentDirectory"}) {
+    EXPECT_EQ(fakes.standardDefaults.objectForKey(key), PropertyList("/d"));
+    EXPECT_EQ(fakes.sharedDefaults.objectForKey(key), std::nullopt);
+  }
+}
+
+TEST_F(NewFilePanel, TheSendersTokenBringsItToTheFront) {
+  launch();
+  fakes.urlEvents.receive({.directObject = "quennel:///d?0", .activationToken = "token-1"});
+  fakes.runLoop.runUntilIdle();
+  fakes.urlEvents.receive({.directObject = "quennel:///d?0", .activationToken = {}});
+  fakes.runLoop.runUntilIdle();
+  EXPECT_EQ(fakes.userInterface.activationTokens, (std::vector<std::string>{"token-1", ""}));
+}
+
+TEST_F(NewFilePanel, MakesTheFileUnderTheTypedName) {
+  answer([](FakeSavePanel& panel) {
+    panel.name = "report.v2";
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/report.v2.txt"), "Dear reader");
+}
+
+TEST_F(NewFilePanel, MakesTheFileInTheChosenFolder) {
+  fakes.fileManager.addDirectory("/elsewhere");
+  answer([](FakeSavePanel& panel) {
+    panel.directory = "/elsewhere";
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_TRUE(exists("/elsewhere/untitled.txt"));
+}
+
+TEST_F(NewFilePanel, AnExistingFileIsReplaced) {
+  fakes.fileManager.addFile("/d/letter.txt", "old", 0600);
+  answer([](FakeSavePanel& panel) {
+    panel.name = "letter";
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/letter.txt"), "Dear reader");
+  EXPECT_EQ(mode("/d/letter.txt"), 0644);
+}
+
+TEST_F(NewFilePanel, AnExistingFolderIsReplacedWithAllItHolds) {
+  fakes.fileManager.addFile("/d/letter.txt/inner", "old");
+  answer([](FakeSavePanel& panel) {
+    panel.name = "letter";
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/letter.txt"), "Dear reader");
+}
+
+TEST_F(NewFilePanel, AFolderTemplateIsCopiedWhole) {
+  fakes.fileManager.addFile("/templates/project/src/main.c", "int main;");
+  auto record = templateRecord("project", "");
+  record.insert_or_assign("filePath", "/templates/project");
+  show(record);
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/project/src/main.c"), "int main;");
+}
+
+TEST_F(NewFilePanel, TheTemplateChosenInItIsTheOneThatCounts) {
+  fakes.fileManager.addFile("/templates/script.sh", "#!/bin/sh\n", 0644);
+  answer([](FakeSavePanel& panel) {
+    panel.choose("A script");
+    return ModalResponse::OK;
+  });
+  launch();
+  open("quennel:///d?0");
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/script.sh"), "#!/bin/sh\n");
+  EXPECT_EQ(mode("/d/script.sh"), 0755);
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+}
+
+TEST_F(NewFilePanel, WithoutTemplatesInTheSettingsTheOneOfTheRequestCounts) {
+  fakes.sharedDefaults.removeObjectForKey("fileTemplates");
+  answer([](FakeSavePanel& panel) {
+    EXPECT_TRUE(panel.menu().empty());
+    return ModalResponse::OK;
+  });
+  launch().showNewFilePanel("/d", templateRecord("untitled", "txt"));
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(NewFilePanel, ATemplateThatIsNoLongerInTheListGivesWayToTheFirst) {
+  launch().showNewFilePanel("/d", templateRecord("gone", "txt"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/gone.txt"), "Dear reader");
+}
+
+TEST_F(NewFilePanel, SettingsThatChangeWhileItIsOpenDoNotChangeItsTemplates) {
+  answer([this](FakeSavePanel& panel) {
+    fakes.sharedDefaults.setObject(PropertyList::Array{templateRecord("other", "md")},
+                                   "fileTemplates");
+    EXPECT_EQ(panel.menu(), (std::vector<std::string>{"A untitled", "A script"}));
+    return ModalResponse::OK;
+  });
+  launch();
+  open("quennel:///d?0");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(NewFilePanel, SettingsThatChangeWhileItIsOpenSayWhatFollows) {
+  answer([this](FakeSavePanel&) {
+    fakes.sharedDefaults.setObject(true, "openFileOnCreation");
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.workspace.opened, std::vector<std::string>{"/d/untitled.txt"});
+}
+
+TEST_F(NewFilePanel, RemovalCopyExecuteBitsDateRevealSoundAndOpenFollowInThatOrder) {
+  for (const char* const key : {"openFileOnCreation", "playSound", "showFileOnCreation"}) {
+    fakes.sharedDefaults.setObject(true, key);
+  }
+  std::size_t before = 0;
+  answer([&](FakeSavePanel&) {
+    fakes.fileManager.addFile("/d/untitled.txt", "made meanwhile");
+    before = fakes.log.calls().size();
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  const auto& calls = fakes.log.calls();
+  EXPECT_EQ(
+      std::vector<std::string>(calls.begin() + static_cast<std::ptrdiff_t>(before), calls.end()),
+      (std::vector<std::string>{"removeItemAtPath", "copyItemAtPath", "setAttributes",
+                                "setAttributes", "reveal", "sound", "open"}));
+  EXPECT_EQ(fakes.workspace.revealed.front(), std::vector<std::string>{"/d/untitled.txt"});
+  EXPECT_EQ(fakes.workspace.opened.front(), "/d/untitled.txt");
+}
+
+TEST_F(NewFilePanel, AFileMadeOnTheDesktopIsNotRevealed) {
+  fakes.fileManager.addDirectory("/Users/me/Desktop");
+  fakes.sharedDefaults.setObject(true, "showFileOnCreation");
+  show(templateRecord("untitled", "txt"), "/Users/me/Desktop");
+  EXPECT_TRUE(exists("/Users/me/Desktop/untitled.txt"));
+  EXPECT_TRUE(fakes.workspace.revealed.empty());
+}
+
+TEST_F(NewFilePanel, TheNewFileCarriesTheMomentOfItsCreation) {
+  fakes.fileManager.setAttributes({.modificationDate = FileAttributes::Date(1h)},
+                                  "/templates/untitled.txt");
+  const auto before = std::chrono::system_clock::now();
+  show(templateRecord("untitled", "txt"));
+  const auto attributes = fakes.fileManager.attributesOfItemAtPath("/d/untitled.txt");
+  EXPECT_GE(attributes->modificationDate.value(), before);
+}
+
+TEST_F(NewFilePanel, FailuresAfterTheCopyLeaveTheFile) {
+  fakes.fileManager.failNext("setAttributes");
+  show(templateRecord("untitled", "txt"));
+  fakes.runLoop.advance(1s);
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  EXPECT_TRUE(fakes.userInterface.alerts.empty());
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(NewFilePanel, WhatIsChosenIsAllowedForThisRunAndNotRecorded) {
+  answer([this](FakeSavePanel& panel) {
+    EXPECT_TRUE(fakes.securityScope.allowed.empty());
+    panel.name = "letter";
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  ASSERT_EQ(fakes.securityScope.allowed.size(), 1u);
+  EXPECT_EQ(fakes.securityScope.allowed[0], (std::pair<std::string, SecurityScope::Extent>(
+                                                "/d/letter.txt", SecurityScope::Extent::Item)));
+  EXPECT_EQ(fakes.sharedDefaults.objectForKey("authorizedDirs"), std::nullopt);
+}
+
+TEST_F(NewFilePanel, AsksNobodyWhetherTheFolderIsWritable) {
+  show(templateRecord("untitled", "txt"));
+  EXPECT_TRUE(fakes.fileManager.askedWritable.empty());
+  EXPECT_TRUE(fakes.userInterface.openPanels.empty());
+}
+
+TEST_F(NewFilePanel, IsCountedWhileItIsOpenAndNoLongerWhenTheFileIsMade) {
+  answer([this](FakeSavePanel&) {
+    EXPECT_EQ(delegate->panelCount(), 1);
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(NewFilePanel, CancellingMakesNothingAndLeavesItCounted) {
+  answer([](FakeSavePanel&) { return ModalResponse::Cancel; });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_TRUE(fakes.fileManager.calls.empty());
+  EXPECT_TRUE(fakes.securityScope.allowed.empty());
+  EXPECT_EQ(delegate->panelCount(), 1);
+}
+
+TEST_F(NewFilePanel, TheQuitCheckIsArmedWhenItHasClosed) {
+  answer([this](FakeSavePanel&) {
+    fakes.runLoop.advance(1h);
+    EXPECT_FALSE(terminated());
+    return ModalResponse::OK;
+  });
+  launch();
+  open("quennel:///d?0");
+  fakes.runLoop.advance(10s);
+  EXPECT_FALSE(terminated());
+  fakes.runLoop.advance(1s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(NewFilePanel, AfterACancelledOneTheHelperDoesNotQuitByItself) {
+  answer([](FakeSavePanel&) { return ModalResponse::Cancel; });
+  launch();
+  open("quennel:///d?0");
+  fakes.runLoop.advance(1h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(NewFilePanel, ARemovalThatFailsIsReportedAndLeavesItCounted) {
+  answer([this](FakeSavePanel&) {
+    fakes.fileManager.addFile("/d/untitled.txt", "old");
+    fakes.fileManager.failNext("removeItemAtPath", {13, "Permission denied"});
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  fakes.runLoop.advance(299ms);
+  EXPECT_TRUE(fakes.userInterface.alerts.empty());
+  fakes.runLoop.advance(1ms);
+  EXPECT_EQ(onlyAlert().messageText, "Error removing existing file!");
+  EXPECT_EQ(onlyAlert().informativeText, "Permission denied");
+  EXPECT_EQ(onlyAlert().alertStyle, AlertStyle::Critical);
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/untitled.txt"), "old");
+  EXPECT_EQ(delegate->panelCount(), 1);
+}
+
+TEST_F(NewFilePanel, ACopyThatFailsIsReportedAndCountedUntilTheAlertIsDismissed) {
+  fakes.userInterface.whileShown = [this](const Alert&) { EXPECT_EQ(delegate->panelCount(), 1); };
+  show(templateRecord("missing", "txt"));
+  EXPECT_EQ(delegate->panelCount(), 1);
+  fakes.runLoop.advance(299ms);
+  EXPECT_TRUE(fakes.userInterface.alerts.empty());
+  fakes.runLoop.advance(1ms);
+  EXPECT_EQ(onlyAlert().messageText, "Error creating file!");
+  EXPECT_FALSE(onlyAlert().informativeText.value().empty());
+  EXPECT_EQ(onlyAlert().alertStyle, AlertStyle::Critical);
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(NewFilePanel, ACopyThatFailsComesAfterTheRemoval) {
+  answer([this](FakeSavePanel&) {
+    fakes.fileManager.addFile("/d/missing.txt", "old");
+    return ModalResponse::OK;
+  });
+  fakes.sharedDefaults.setObject(true, "openFileOnCreation");
+  show(templateRecord("missing", "txt"));
+  EXPECT_FALSE(exists("/d/missing.txt"));
+  EXPECT_TRUE(fakes.workspace.opened.empty());
+}
+
+TEST_F(NewFilePanel, TheAlertsAreTranslatedByTheApplicationAlone) {
+  fakes.mainBundle.translations["Error creating file!"] = "Fehler!";
+  fakes.sharedDefaults.setObject(PropertyList::Dictionary{{"Error creating file!", "not this"}},
+                                 "localizedStrings");
+  show(templateRecord("missing", "txt"));
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(onlyAlert().messageText, "Fehler!");
+}
+
+TEST_F(NewFilePanel, TwoRequestsAtOnceOpenOneOverTheOther) {
+  int open = 0;
+  answer([&](FakeSavePanel& panel) {
+    if (++open == 1) {
+      fakes.urlEvents.open("quennel:///d?2");
+      fakes.runLoop.runUntilIdle();
+      EXPECT_TRUE(exists("/d/script.sh")) << "made by the panel above";
+      EXPECT_EQ(delegate->panelCount(), 1);
+    } else {
+      EXPECT_EQ(panel.name, "script");
+      EXPECT_EQ(delegate->panelCount(), 2);
+    }
+    return ModalResponse::OK;
+  });
+  launch();
+  this->open("quennel:///d?0");
+  EXPECT_EQ(open, 2);
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(NewFilePanel, TheQuitCommandEndsTheHelperWhileItIsOpen) {
+  answer([this](FakeSavePanel&) {
+    command("net.brellow.QuennelHelper", "quit");
+    EXPECT_TRUE(terminated());
+    return ModalResponse::Cancel;
+  });
+  launch();
+  open("quennel:///d?0");
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+}
+
+}  // namespace
+}  // namespace quennel::test
