@@ -1,6 +1,7 @@
 #include "platform/linux/events/EventRunLoop.h"
 
 #include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/timerfd.h>
 
 #include <algorithm>
@@ -27,6 +28,7 @@ EventRunLoop::EventRunLoop() {
   sd_event* event = nullptr;
   throwOnFailure(sd_event_new(&event), "sd_event_new");
   _event.reset(event);
+  watchCounter();
   watchTimer();
   watchSignals();
   goToSleep();
@@ -34,22 +36,45 @@ EventRunLoop::EventRunLoop() {
 
 EventRunLoop::~EventRunLoop() = default;
 
+EventSource EventRunLoop::watch(int descriptor, sd_event_io_handler_t callback) {
+  sd_event_source* source = nullptr;
+  throwOnFailure(sd_event_add_io(handle(), &source, descriptor, EPOLLIN, callback, this),
+                 "sd_event_add_io");
+  return EventSource(source);
+}
+
+// Being awake is all that the events of both descriptors are for; their callbacks make the
+// descriptors unreadable.
+
+void EventRunLoop::watchCounter() {
+  _counter.reset(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+  if (!_counter) {
+    throw std::system_error(errno, std::generic_category(), "eventfd");
+  }
+  _counterSource = watch(_counter.get(), [](sd_event_source*, int, std::uint32_t, void* self) {
+    auto* const runLoop = static_cast<EventRunLoop*>(self);
+    const std::lock_guard lock(runLoop->_mutex);
+    eventfd_t ignored;
+    runLoop->_signalled = false;
+    return eventfd_read(runLoop->_counter.get(), &ignored) < 0 ? -errno : 0;
+  });
+  // sd-event asks the kernel a second time for anything more urgent than what it has found. There
+  // is nothing more urgent than this.
+  throwOnFailure(sd_event_source_set_priority(_counterSource.get(), INT64_MIN),
+                 "sd_event_source_set_priority");
+}
+
 void EventRunLoop::watchTimer() {
   _timer.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
   if (!_timer) {
     throw std::system_error(errno, std::generic_category(), "timerfd_create");
   }
-  sd_event_source* source = nullptr;
-  // Being awake is all that the event is for; disarming makes the timer unreadable.
-  const auto disarm = [](sd_event_source*, int, std::uint32_t, void* self) {
+  _timerSource = watch(_timer.get(), [](sd_event_source*, int, std::uint32_t, void* self) {
     auto* const runLoop = static_cast<EventRunLoop*>(self);
     const std::lock_guard lock(runLoop->_mutex);
     runLoop->armTimer(Clock::time_point::max());
     return 0;
-  };
-  throwOnFailure(sd_event_add_io(handle(), &source, _timer.get(), EPOLLIN, disarm, this),
-                 "sd_event_add_io");
-  _timerSource.reset(source);
+  });
 }
 
 void EventRunLoop::watchSignals() {
@@ -83,8 +108,8 @@ void EventRunLoop::enqueue(Clock::time_point due, Work work) {
     return;
   }
   _queue.emplace(due, std::move(work));  // behind equal ones
-  if (_asleep && due < _armedFor) {
-    armTimer(due);
+  if (_asleep) {
+    arrangeWakeUp();
   }
 }
 
@@ -188,10 +213,7 @@ bool EventRunLoop::dispatchEvent(Wait wait) {
 void EventRunLoop::goToSleep() {
   const std::lock_guard lock(_mutex);
   _asleep = true;
-  const auto earliest = _queue.empty() ? Clock::time_point::max() : _queue.begin()->first;
-  if (earliest != _armedFor) {
-    armTimer(earliest);
-  }
+  arrangeWakeUp();
 }
 
 void EventRunLoop::wakeUp() {
@@ -199,7 +221,26 @@ void EventRunLoop::wakeUp() {
   _asleep = false;
 }
 
-/// Called with the lock held. A time that has passed makes the timer readable at once.
+/// Called with the lock held.
+void EventRunLoop::arrangeWakeUp() {
+  const auto earliest = _queue.empty() ? Clock::time_point::max() : _queue.begin()->first;
+  if (earliest <= Clock::now()) {
+    signal();
+  } else if (earliest != _armedFor) {
+    armTimer(earliest);
+  }
+}
+
+/// Called with the lock held. A timer that is set to a time in the past would do as well; arming it
+/// takes five times as long.
+void EventRunLoop::signal() {
+  if (!_signalled && eventfd_write(_counter.get(), 1) < 0) {
+    throw std::system_error(errno, std::generic_category(), "eventfd_write");
+  }
+  _signalled = true;
+}
+
+/// Called with the lock held.
 void EventRunLoop::armTimer(Clock::time_point due) {
   itimerspec timer{};
   if (due != Clock::time_point::max()) {

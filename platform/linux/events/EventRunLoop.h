@@ -20,9 +20,10 @@ namespace quennel {
 /// may call `serve`.
 ///
 /// All work, whether due at once or later, stands in one queue ordered by the moment it becomes
-/// due. One timer descriptor wakes the loop, armed for the earliest of these moments; that is how
-/// another thread wakes it, too. While the loop is awake nothing arms it, so queueing from an event
-/// callback or from other work costs no system call.
+/// due. Two descriptors wake the loop: a counter, written when there is work that is due, by
+/// another thread for instance, and a timer, armed for the earliest moment that is to come. While
+/// the loop is awake nothing uses them, so queueing from an event callback or from other work costs
+/// no system call.
 ///
 /// SIGTERM, SIGINT and SIGHUP terminate. They are blocked for this purpose, so a child process must
 /// be started with an empty signal mask.
@@ -59,6 +60,8 @@ class EventRunLoop final : public RunLoop {
   };
   enum class Wait { UntilEvent, Never };
 
+  EventSource watch(int descriptor, sd_event_io_handler_t callback);
+  void watchCounter();
   void watchTimer();
   void watchSignals();
   void enqueue(Clock::time_point due, Work work);
@@ -68,9 +71,13 @@ class EventRunLoop final : public RunLoop {
   bool dispatchEvent(Wait wait);
   void goToSleep();
   void wakeUp();
+  void arrangeWakeUp();
+  void signal();
   void armTimer(Clock::time_point due);
 
   std::unique_ptr<sd_event, UnrefEvent> _event;
+  FileDescriptor _counter;
+  EventSource _counterSource;
   FileDescriptor _timer;
   EventSource _timerSource;
   std::array<EventSource, 3> _signalSources;
@@ -80,7 +87,8 @@ class EventRunLoop final : public RunLoop {
   std::mutex _mutex;  // guards all that follows
   std::multimap<Clock::time_point, Work> _queue;
   bool _closed = false;                                    // takes no more work
-  Clock::time_point _armedFor = Clock::time_point::max();  // max: not armed
+  Clock::time_point _armedFor = Clock::time_point::max();  // the timer; max: not armed
+  bool _signalled = false;                                 // the counter is written to
   bool _asleep = false;
 };
 
