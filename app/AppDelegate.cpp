@@ -3,6 +3,7 @@
 #include "platform/Bundle.h"
 #include "platform/DistributedNotificationCenter.h"
 #include "platform/KernelQueue.h"
+#include "platform/PTHotKeyCenter.h"
 #include "platform/RunLoop.h"
 #include "platform/URLEvents.h"
 #include "platform/UserDefaults.h"
@@ -43,6 +44,7 @@ void AppDelegate::applicationWillFinishLaunching() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
+  bindHotKeys();
   checkAndTerminate();
   watchExecutable();
 }
@@ -83,6 +85,7 @@ void AppDelegate::userDefaultsDidChange(const Notification& notification) {
     return;
   }
   if (notification.object == "fileTemplates") {
+    bindHotKeys();
     checkAndTerminate();
   }
 }
@@ -92,7 +95,7 @@ void AppDelegate::checkAndTerminate() {
     return;
   }
   _platform.runLoop.dispatchAfter(quitDelay, [this] {
-    if (!shouldHandleURL()) {
+    if (!shouldHandleURL() && _platform.hotKeyCenter.allHotKeys().empty()) {
       _platform.runLoop.terminate();
     }
   });

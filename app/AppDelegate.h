@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -12,6 +13,7 @@
 
 #include "app/FileTemplate.h"
 #include "creation/AppUtil.h"
+#include "platform/ActionTarget.h"
 #include "platform/Error.h"
 #include "platform/Platform.h"
 #include "platform/Registration.h"
@@ -30,7 +32,7 @@ inline constexpr const char* sharedSuiteName = "Q4T7N2W9X5.net.brellow.Quennel";
 /// The application object: the hub that every flow is an operation of, or is called by. Each flow's
 /// operations are defined in the folder that they belong to. Main thread only; it outlives the work
 /// it puts on the main queue, because the queue drops its work when the loop ends.
-class AppDelegate : public VDKQueueDelegate {
+class AppDelegate : public ActionTarget, public VDKQueueDelegate {
  public:
   /// Opens the settings, starts listening to the main application and to volumes that come and go,
   /// and starts access to the directories that the user has granted.
@@ -44,7 +46,8 @@ class AppDelegate : public VDKQueueDelegate {
   /// Takes over the URL events; before launching finishes, so that the URL that launched the helper
   /// is not lost.
   void applicationWillFinishLaunching();
-  /// Arms the launch quit check and starts to watch the helper's own executable.
+  /// Binds the shortcuts, arms the launch quit check and starts to watch the helper's own
+  /// executable.
   void applicationDidFinishLaunching();
   /// Called once, when the run loop is told to terminate.
   void applicationWillTerminate();
@@ -109,6 +112,18 @@ class AppDelegate : public VDKQueueDelegate {
   /// made. No directory shows no panel.
   void showNewFilePanel(const std::optional<std::string>& dir, const FileTemplate& template_);
 
+  // Shortcuts: shortcuts/AppDelegate+Shortcuts.cpp
+
+  /// Replaces all system-wide keys by one for every template that has a shortcut, disabled ones
+  /// too. A key knows its template by its index alone.
+  void bindHotKeys();
+  /// The list of templates as it was last bound.
+  const std::optional<PropertyList::Array>& templates() const { return _templates; }
+  /// Called for the name of an action that is sent for the first time: gives it the handler that
+  /// all shortcuts share, for good, if its name begins like theirs. Answers whether it has one.
+  bool resolveInstanceMethod(const std::string& name);
+  void performAction(const std::string& name, const PTHotKey& sender) override;
+
   // Asking the user script for the folder in front: shortcuts/AppDelegate+FolderQuery.cpp
 
   /// Receives the absolute path of a folder, as the script printed it, and the template that it was
@@ -130,7 +145,10 @@ class AppDelegate : public VDKQueueDelegate {
   bool installScriptManually();
 
  private:
+  using Action = void (AppDelegate::*)(const std::string& name, const PTHotKey& sender);
+
   void watchExecutable();
+  void shortcutAction(const std::string& name, const PTHotKey& sender);
   void armRequestQuitCheck();
   void terminateIfUnused();
   void reportMissingTemplate();
@@ -154,6 +172,9 @@ class AppDelegate : public VDKQueueDelegate {
   AppUtil _util;
   bool _shouldHandleURL = false;
   std::int64_t _panelCount = 0;
+  std::optional<PropertyList::Array> _templates;
+  /// The actions that have been resolved, by name.
+  std::map<std::string, Action> _actions;
   std::set<std::string> _openedURLs;
   std::vector<std::unique_ptr<Registration>> _observers;
   std::unique_ptr<Registration> _urlHandler;

@@ -13,6 +13,7 @@
 #include "platform/linux/desktop/DesktopWorkspace.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/files/PosixFileManager.h"
+#include "platform/linux/keys/SessionHotKeys.h"
 #include "platform/linux/mounts/MountTableEvents.h"
 #include "platform/linux/notifications/LocalNotificationCenter.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
@@ -45,6 +46,8 @@ class Helper {
         _notificationCenter(bus),
         _userInterface(runLoop, _bundle.userInterfaceModulePath()),
         _userScripts(_bundle),
+        _hotKeyCenter(runLoop, openHotKeysOfSession(bus, _bundle.bundleIdentifier(),
+                                                    _bundle.hotKeyModulePath())),
         _sound(_bundle),
         _delegate({.runLoop = runLoop,
                    .sharedDefaults = _sharedDefaults,
@@ -60,6 +63,7 @@ class Helper {
                    .urlEvents = urlEvents,
                    .userInterface = _userInterface,
                    .userScripts = _userScripts,
+                   .hotKeyCenter = _hotKeyCenter,
                    .sound = _sound}) {}
 
   void run() {
@@ -88,6 +92,7 @@ class Helper {
   BusDistributedNotificationCenter _notificationCenter;
   LazyUserInterface _userInterface;
   LinuxUserScripts _userScripts;
+  DesktopHotKeyCenter _hotKeyCenter;
   CanberraSound _sound;
   AppDelegate _delegate;
 };

@@ -7,6 +7,7 @@ class DistributedNotificationCenter;
 class FileManager;
 class KernelQueueFactory;
 class NotificationCenter;
+class PTHotKeyCenter;
 class RunLoop;
 class SecurityScope;
 class Sound;
@@ -36,6 +37,7 @@ struct Platform {
   URLEvents& urlEvents;
   UserInterface& userInterface;
   UserScripts& userScripts;
+  PTHotKeyCenter& hotKeyCenter;
   Sound& sound;
 };
 

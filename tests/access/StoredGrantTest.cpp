@@ -53,6 +53,7 @@ class StoredGrant : public ::testing::Test {
               .urlEvents = platform.urlEvents,
               .userInterface = platform.userInterface,
               .userScripts = platform.userScripts,
+              .hotKeyCenter = platform.hotKeyCenter,
               .sound = platform.sound};
     }
 

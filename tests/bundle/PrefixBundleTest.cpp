@@ -53,6 +53,7 @@ TEST(PrefixBundle, AMovedTreeIsFoundWhereItIsNow) {
   const PrefixBundle bundle(prefix / "bin/quennelhelper");
   EXPECT_EQ(bundle.pathForResource("sound", "oga"), prefix / "share/quennelhelper/sound.oga");
   EXPECT_EQ(bundle.userInterfaceModulePath(), prefix / "lib/quennelhelper/libquennelhelper-ui.so");
+  EXPECT_EQ(bundle.hotKeyModulePath(), prefix / "lib/quennelhelper/libquennelhelper-keys.so");
 }
 
 TEST(PrefixBundle, TheRegisteredDefaultsAreADictionaryOfBooleans) {

@@ -37,6 +37,7 @@ Platform platformWith(FakePlatform& fakes, FileManager& files,
           .urlEvents = fakes.urlEvents,
           .userInterface = fakes.userInterface,
           .userScripts = fakes.userScripts,
+          .hotKeyCenter = fakes.hotKeyCenter,
           .sound = fakes.sound};
 }
 

@@ -6,6 +6,7 @@
 #include "tests/support/FakeBundle.h"
 #include "tests/support/FakeDistributedNotificationCenter.h"
 #include "tests/support/FakeFileManager.h"
+#include "tests/support/FakeHotKeyCenter.h"
 #include "tests/support/FakeKernelQueue.h"
 #include "tests/support/FakeRunLoop.h"
 #include "tests/support/FakeSecurityScope.h"
@@ -35,6 +36,7 @@ struct FakePlatform {
   FakeURLEvents urlEvents{runLoop};
   FakeUserInterface userInterface{log};
   FakeUserScripts userScripts;
+  FakeHotKeyCenter hotKeyCenter{runLoop};
   FakeSound sound{log};
   FakeKernelQueueFactory kernelQueues;
 
@@ -54,6 +56,7 @@ struct FakePlatform {
             .urlEvents = urlEvents,
             .userInterface = userInterface,
             .userScripts = scripts,
+            .hotKeyCenter = hotKeyCenter,
             .sound = sound};
   }
 };

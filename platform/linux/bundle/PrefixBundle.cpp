@@ -50,4 +50,8 @@ std::string PrefixBundle::userInterfaceModulePath() const {
   return appendingPathComponent(_prefix, "lib/quennelhelper/libquennelhelper-ui.so");
 }
 
+std::string PrefixBundle::hotKeyModulePath() const {
+  return appendingPathComponent(_prefix, "lib/quennelhelper/libquennelhelper-keys.so");
+}
+
 }  // namespace quennel

@@ -30,6 +30,8 @@ class PrefixBundle : public Bundle {
 
   /// The absolute path of the user-interface module, whether it is there or not.
   std::string userInterfaceModulePath() const;
+  /// The same of the module that binds keys on X11.
+  std::string hotKeyModulePath() const;
 
  private:
   std::string _executablePath;

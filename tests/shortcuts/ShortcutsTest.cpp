@@ -1,0 +1,384 @@
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/PTHotKey.h"
+#include "tests/support/AppDelegateTest.h"
+#include "tests/support/Deadline.h"
+
+namespace quennel::test {
+namespace {
+
+using Names = std::vector<std::string>;
+using Shortcuts = std::vector<std::optional<PropertyList>>;
+
+/// The helper on a desktop whose file manager shows the folder /d, with the user script installed.
+class ShortcutTest : public AppDelegateTest {
+ protected:
+  ShortcutTest() {
+    fakes.mainBundle.resources["get-finder-path.scpt"] = "/app/get-finder-path.scpt";
+    fakes.fileManager.addDirectory(scriptsFolder);
+    fakes.fileManager.addFile(script, "#!/bin/sh\n");
+    fakes.userScripts.scripts[script] = {"/d\n", {}};
+  }
+
+  /// Gives the first templates of the list these shortcuts.
+  void setShortcuts(const Shortcuts& shortcuts) {
+    auto templates = fakes.sharedDefaults.arrayForKey("fileTemplates").value();
+    for (std::size_t index = 0; index < shortcuts.size(); ++index) {
+      auto record = *templates[index].dictionary();
+      record.erase("shortcut");
+      if (shortcuts[index]) {
+        record.emplace("shortcut", *shortcuts[index]);
+      }
+      templates[index] = std::move(record);
+    }
+    fakes.sharedDefaults.setObject(std::move(templates), "fileTemplates");
+  }
+
+  AppDelegate& launchWith(const Shortcuts& shortcuts) {
+    setShortcuts(shortcuts);
+    return launch();
+  }
+
+  Names identifiers() const {
+    Names names;
+    for (const auto& hotKey : fakes.hotKeyCenter.allHotKeys()) {
+      names.push_back(hotKey->identifier());
+    }
+    return names;
+  }
+
+  /// Everything that the press leads to, the script included.
+  void press(const std::string& accelerator) {
+    fakes.hotKeyCenter.press(accelerator);
+    finish();
+  }
+  /// The same for an action that is sent by name.
+  void send(const std::string& action) {
+    const auto sender = PTHotKey::hotKeyWithIdentifier("any", true, *delegate, action);
+    delegate->performAction(action, *sender);
+    finish();
+  }
+  void finish() {
+    fakes.runLoop.runUntilIdle();
+    const int started = static_cast<int>(fakes.userScripts.executions.size());
+    EXPECT_TRUE(fakes.runLoop.runUntil([&] { return fakes.userScripts.completions() == started; }));
+    fakes.runLoop.runUntilIdle();
+  }
+
+  const std::vector<Alert>& alerts() const { return fakes.userInterface.alerts; }
+  void expectMissingTemplate() const {
+    ASSERT_EQ(alerts().size(), 1U);
+    EXPECT_EQ(alerts()[0].messageText, "Unable to create file!");
+    EXPECT_EQ(alerts()[0].informativeText, "No suitable file template found.");
+    EXPECT_EQ(alerts()[0].alertStyle, AlertStyle::Critical);
+    EXPECT_TRUE(fakes.userScripts.executions.empty());
+  }
+
+  const std::string scriptsFolder =
+      "/home/user/Library/Application Scripts/net.brellow.QuennelHelper";
+  const std::string script = scriptsFolder + "/QuennelHelper.sh";
+};
+
+using Binding = ShortcutTest;
+using Action = ShortcutTest;
+
+TEST_F(Binding, TemplatesWithAShortcutAreBoundUnderTheirPositions) {
+  launchWith({"Ctrl+Alt+N", std::nullopt, "Ctrl+Alt+M"});
+  const auto hotKeys = fakes.hotKeyCenter.allHotKeys();
+  ASSERT_EQ(hotKeys.size(), 2U);
+  EXPECT_EQ(hotKeys[0]->identifier(), "shortcut0");
+  EXPECT_EQ(hotKeys[0]->action(), "shortcutAction0");
+  EXPECT_EQ(hotKeys[0]->title(), "A untitled");
+  EXPECT_EQ(hotKeys[1]->identifier(), "shortcut2");
+  EXPECT_EQ(hotKeys[1]->action(), "shortcutAction2");
+}
+
+TEST_F(Binding, StoredCombinationIsHandedOnUnchanged) {
+  const PropertyList stored =
+      PropertyList::Dictionary{{"keyCode", 45}, {"modifierFlags", 1 << 20}, {"characters", "n"}};
+  launchWith({stored});
+  ASSERT_EQ(identifiers(), Names{"shortcut0"});
+  EXPECT_EQ(fakes.hotKeyCenter.allHotKeys()[0]->keyCombo(), stored);
+}
+
+TEST_F(Binding, EmptyOrMissingListUnbindsEverything) {
+  const auto list = fakes.sharedDefaults.objectForKey("fileTemplates").value();
+  for (const std::optional<PropertyList>& without :
+       {std::optional<PropertyList>(PropertyList::Array{}), std::optional<PropertyList>(),
+        std::optional<PropertyList>("no list")}) {
+    fakes.sharedDefaults.setObject(list, "fileTemplates");
+    launchWith({"Ctrl+Alt+N"});
+    ASSERT_EQ(identifiers(), Names{"shortcut0"});
+    without ? fakes.sharedDefaults.setObject(*without, "fileTemplates")
+            : fakes.sharedDefaults.removeObjectForKey("fileTemplates");
+    delegate->bindHotKeys();
+    EXPECT_EQ(identifiers(), Names{});
+    EXPECT_TRUE(!delegate->templates() || delegate->templates()->empty());
+  }
+}
+
+TEST_F(Binding, KeysThatOthersRegisteredAreReplacedToo) {
+  launch();
+  fakes.hotKeyCenter.registerHotKey(
+      PTHotKey::hotKeyWithIdentifier("foreign", "Ctrl+Alt+X", *delegate, "other"));
+  setShortcuts({"Ctrl+Alt+N"});
+  delegate->bindHotKeys();
+  EXPECT_EQ(identifiers(), Names{"shortcut0"});
+}
+
+TEST_F(Binding, TemplatesAreTheListThatWasBound) {
+  launchWith({"Ctrl+Alt+N"});
+  const auto bound = fakes.sharedDefaults.arrayForKey("fileTemplates");
+  EXPECT_EQ(delegate->templates(), bound);
+  fakes.sharedDefaults.setObject(PropertyList::Array{}, "fileTemplates");
+  EXPECT_EQ(delegate->templates(), bound);
+}
+
+TEST_F(Binding, RefusedCombinationIsLeftOutSilently) {
+  fakes.hotKeyCenter.holdByAnotherProgram("Ctrl+Alt+N");
+  launchWith({"Ctrl+Alt+N", false, "Ctrl+Alt+M"});
+  EXPECT_EQ(identifiers(), Names{"shortcut2"});
+  EXPECT_TRUE(alerts().empty());
+}
+
+TEST_F(Binding, SecondTemplateOfTheSameCombinationIsLeftOut) {
+  launchWith({"Ctrl+Alt+N", "<Control><Alt>n"});
+  EXPECT_EQ(identifiers(), Names{"shortcut0"});
+}
+
+TEST_F(Binding, EntryThatIsNoTemplateHasNoShortcutButAPosition) {
+  fakes.sharedDefaults.setObject(
+      PropertyList::Array{"no template", PropertyList::Dictionary{{"shortcut", "Ctrl+Alt+N"}}},
+      "fileTemplates");
+  launch();
+  EXPECT_EQ(identifiers(), Names{"shortcut1"});
+}
+
+TEST_F(Binding, FileTemplatesCommandBindsAnew) {
+  launchWith({"Ctrl+Alt+N"});
+  setShortcuts({std::nullopt, "Ctrl+Alt+M"});
+  command(sharedSuiteName, "fileTemplates");
+  EXPECT_EQ(identifiers(), Names{"shortcut1"});
+}
+
+TEST_F(Binding, FileTemplatesCommandBindsAnewAfterARequestAndItsLaunchCheckDoesNothing) {
+  launch();
+  open("quennel:///d?0");
+  delegate->setPanelCount(1);
+  setShortcuts({"Ctrl+Alt+N"});
+  command(sharedSuiteName, "fileTemplates");
+  EXPECT_EQ(identifiers(), Names{"shortcut0"});
+  setShortcuts({std::nullopt});
+  command(sharedSuiteName, "fileTemplates");
+  EXPECT_EQ(identifiers(), Names{});
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Binding, LaunchCheckThatACommandArmsCountsTheKeysItBound) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launch();
+  fakes.sharedDefaults.setObject(false, "runInBackground");
+  setShortcuts({"Ctrl+Alt+N"});
+  command(sharedSuiteName, "fileTemplates");
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Binding, LaunchCheckSparesAHelperWithABoundKey) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.runLoop.advance(24h);
+  EXPECT_FALSE(terminated());
+}
+
+TEST_F(Binding, LaunchCheckDoesNotSpareAHelperWhoseKeysWereAllRefused) {
+  fakes.hotKeyCenter.isAvailable = false;
+  launchWith({"Ctrl+Alt+N"});
+  fakes.runLoop.advance(11s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Binding, LaunchCheckCountsTheKeysWhenItFires) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.runLoop.advance(10s);
+  fakes.sharedDefaults.removeObjectForKey("fileTemplates");
+  delegate->bindHotKeys();
+  fakes.runLoop.advance(1s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Binding, BoundKeyDoesNotSpareTheHelperAfterARequest) {
+  launchWith({"Ctrl+Alt+N"});
+  open("quennel:///d?0");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  fakes.runLoop.advance(11s);
+  EXPECT_TRUE(terminated());
+}
+
+TEST_F(Action, PressMakesTheFileInTheFolderThatTheScriptNames) {
+  launchWith({"Ctrl+Alt+N", std::nullopt, "Ctrl+Alt+M"});
+  press("Ctrl+Alt+M");
+  EXPECT_TRUE(exists("/d/script.sh"));
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+  EXPECT_TRUE(alerts().empty());
+}
+
+TEST_F(Action, DisabledTemplateWithAShortcutIsBoundAndMakesItsFile) {
+  launchWith({std::nullopt, "Ctrl+Alt+N"});
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/disabled.txt"));
+}
+
+TEST_F(Action, TemplateRemovedSinceTheBindingIsReported) {
+  launchWith({std::nullopt, std::nullopt, "Ctrl+Alt+N"});
+  fakes.sharedDefaults.setObject(PropertyList::Array{}, "fileTemplates");
+  press("Ctrl+Alt+N");
+  expectMissingTemplate();
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(Action, MissingTemplateIsReportedInTheUsersLanguageWithoutTheSettingsReplacements) {
+  fakes.mainBundle.translations = {{"Unable to create file!", "Keine Datei!"},
+                                   {"No suitable file template found.", "Keine Vorlage."}};
+  fakes.sharedDefaults.setObject(PropertyList::Dictionary{{"Unable to create file!", "replaced"}},
+                                 "localizedStrings");
+  launch();
+  send("shortcutAction9");
+  ASSERT_EQ(alerts().size(), 1U);
+  EXPECT_EQ(alerts()[0].messageText, "Keine Datei!");
+  EXPECT_EQ(alerts()[0].informativeText, "Keine Vorlage.");
+}
+
+TEST_F(Action, ReorderedTemplatesAreFoundByTheirNewPositions) {
+  launchWith({"Ctrl+Alt+N"});
+  auto templates = fakes.sharedDefaults.arrayForKey("fileTemplates").value();
+  std::swap(templates[0], templates[2]);
+  fakes.sharedDefaults.setObject(templates, "fileTemplates");
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/script.sh"));
+}
+
+TEST_F(Action, EveryNameWithThePrefixLeadsToTheHandler) {
+  launch();
+  for (const char* name : {"shortcutAction0", "shortcutActionx", "shortcutAction",
+                           "shortcutAction 0", "shortcutAction+0z", "shortcutAction-0"}) {
+    fakes.fileManager.removeItemAtPath("/d/untitled.txt");
+    send(name);
+    EXPECT_TRUE(exists("/d/untitled.txt")) << name;
+  }
+  send("shortcutAction2 of them");
+  EXPECT_TRUE(exists("/d/script.sh"));
+}
+
+TEST_F(Action, NumberOutsideTheListNamesNoTemplate) {
+  launch();
+  const Names names = {"shortcutAction3", "shortcutAction-1", "shortcutAction99999999999999999999"};
+  for (const auto& name : names) {
+    send(name);
+  }
+  EXPECT_EQ(alerts().size(), names.size());
+  EXPECT_TRUE(fakes.userScripts.executions.empty());
+}
+
+TEST_F(Action, OtherNamesLeadNowhere) {
+  launch();
+  for (const char* name : {"", "shortcutActio", "ShortcutAction0", " shortcutAction0", "quit"}) {
+    EXPECT_FALSE(delegate->resolveInstanceMethod(name)) << name;
+    send(name);
+  }
+  EXPECT_TRUE(alerts().empty());
+  EXPECT_TRUE(fakes.userScripts.executions.empty());
+  EXPECT_TRUE(delegate->resolveInstanceMethod("shortcutAction7"));
+  EXPECT_TRUE(delegate->resolveInstanceMethod("shortcutAction7"));
+}
+
+TEST_F(Action, WithoutTheScriptOnlyItsInstallationIsTalkedAbout) {
+  fakes.fileManager.removeItemAtPath(script);
+  launch();
+  send("shortcutAction9");  // no such template either
+  ASSERT_EQ(alerts().size(), 1U);
+  EXPECT_EQ(alerts()[0].messageText,
+            "You must install the QuennelHelper.sh script in order to use keyboard shortcuts!");
+}
+
+TEST_F(Action, ScriptThatThePressInstallsIsRunAtOnce) {
+  fakes.fileManager.removeItemAtPath(script);
+  fakes.fileManager.addFile("/app/QuennelHelper.sh", "#!/bin/sh\n");
+  fakes.mainBundle.resources["QuennelHelper.sh"] = "/app/QuennelHelper.sh";
+  fakes.userInterface.choices.push_back(scriptsFolder);
+  launchWith({"Ctrl+Alt+N"});
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(Action, FailedQueryMakesNoFile) {
+  fakes.userScripts.scripts[script] = {"nonsense\n", {}};
+  launchWith({"Ctrl+Alt+N"});
+  press("Ctrl+Alt+N");
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+  ASSERT_EQ(alerts().size(), 1U);
+  EXPECT_EQ(alerts()[0].messageText, "Invalid directory path!");
+}
+
+TEST_F(Action, FileIsMadeByTheMainQueueAfterTheScriptHasEnded) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.press("Ctrl+Alt+N");
+  fakes.runLoop.serve();
+  EXPECT_TRUE(eventually([this] { return fakes.userScripts.completions() == 1; }));
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+  fakes.runLoop.runUntilIdle();
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(Action, WhetherToAskForTheNameIsReadAtThePress) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.press("Ctrl+Alt+N");
+  fakes.runLoop.serve();
+  fakes.sharedDefaults.setObject(false, "skipFilename");
+  finish();
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  int panels = 0;
+  fakes.userInterface.whileSavePanelShown = [&](FakeSavePanel&) {
+    ++panels;
+    return ModalResponse::Cancel;
+  };
+  press("Ctrl+Alt+N");
+  EXPECT_EQ(panels, 1);
+  EXPECT_FALSE(exists("/d/untitled-1.txt"));
+  fakes.sharedDefaults.setObject(true, "skipFilename");
+  press("Ctrl+Alt+N");
+  EXPECT_EQ(panels, 1);
+  EXPECT_TRUE(exists("/d/untitled-1.txt"));
+}
+
+TEST_F(Action, PressThatAsksForTheNameMakesTheFileThatTheUserNames) {
+  fakes.sharedDefaults.setObject(false, "skipFilename");
+  fakes.userInterface.whileSavePanelShown = [](FakeSavePanel& panel) {
+    panel.name = "mine.txt";
+    return ModalResponse::OK;
+  };
+  launchWith({"Ctrl+Alt+N"});
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/mine.txt"));
+}
+
+TEST_F(Action, PressWhileAPanelIsOpenMakesItsFileBesideIt) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.sharedDefaults.setObject(false, "skipFilename");
+  fakes.userInterface.whileSavePanelShown = [this](FakeSavePanel&) {
+    fakes.sharedDefaults.setObject(true, "skipFilename");
+    press("Ctrl+Alt+N");
+    EXPECT_TRUE(exists("/d/untitled.txt"));
+    return ModalResponse::Cancel;
+  };
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  EXPECT_FALSE(exists("/d/untitled-1.txt"));
+}
+
+}  // namespace
+}  // namespace quennel::test
