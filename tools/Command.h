@@ -5,6 +5,7 @@
 #include <span>
 #include <string_view>
 
+#include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
 #include "tools/HelperConnection.h"
 #include "tools/Options.h"
@@ -15,6 +16,7 @@ namespace quennel {
 struct CommandContext {
   UserDefaults& settings;
   HelperConnection& helper;
+  SecurityScope& scope;
   std::ostream& output;
   std::ostream& errors;
 };
@@ -36,6 +38,7 @@ struct Command {
 
 std::span<const Command> templateCommands();
 std::span<const Command> settingCommands();
+std::span<const Command> grantCommands();
 std::span<const Command> helperCommands();
 
 }  // namespace quennel

@@ -37,6 +37,15 @@ std::string existingPath(const std::string& path) {
   return standardizingPath(absolute.native());
 }
 
+std::string existingFolder(const std::string& path) {
+  std::string folder = existingPath(path);
+  std::error_code error;
+  if (!std::filesystem::is_directory(folder, error)) {
+    throw CommandFailure(shown(folder) + " is not a folder");
+  }
+  return folder;
+}
+
 std::string shown(const std::string& path) { return PropertyList(path).description(); }
 
 }  // namespace quennel

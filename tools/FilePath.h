@@ -9,6 +9,9 @@ namespace quennel {
 /// when there is nothing at the path.
 std::string existingPath(const std::string& path);
 
+/// The same for what has to be a folder.
+std::string existingFolder(const std::string& path);
+
 /// The path as messages show it, on one line whatever its bytes are.
 std::string shown(const std::string& path);
 

@@ -1,8 +1,6 @@
 #include <array>
-#include <filesystem>
 #include <ostream>
 #include <string>
-#include <system_error>
 
 #include "platform/values/Text.h"
 #include "platform/values/URL.h"
@@ -13,15 +11,6 @@
 
 namespace quennel {
 namespace {
-
-std::string existingFolder(const std::string& name) {
-  std::string path = existingPath(name);
-  std::error_code error;
-  if (!std::filesystem::is_directory(path, error)) {
-    throw CommandFailure(shown(path) + " is not a folder");
-  }
-  return path;
-}
 
 void makeFile(const Options& options, CommandContext& context) {
   const auto& arguments = options.arguments();

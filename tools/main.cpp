@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/linux/bundle/PrefixBundle.h"
+#include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListFile.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
 #include "tools/BusHelperConnection.h"
@@ -39,7 +40,8 @@ int main(int count, char** words) {
   PropertyListUserDefaults settings(path);
   settings.registerDefaults(defaultSettings());
   BusHelperConnection helper;
-  CommandContext context{settings, helper, std::cout, std::cerr};
+  LandlockSecurityScope scope;
+  CommandContext context{settings, helper, scope, std::cout, std::cerr};
   const int status = runCommandLine(arguments, context);
   if (!std::cout.flush()) {
     std::cerr << "quennelctl: the output cannot be written\n";

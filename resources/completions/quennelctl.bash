@@ -4,6 +4,10 @@ _quennelctl_templates() {
   "$1" template list --plain 2>/dev/null | cut -f 1
 }
 
+_quennelctl_grants() {
+  "$1" grants --plain 2>/dev/null | cut -f 1
+}
+
 _quennelctl() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local switches="skipFilename showFileOnCreation playSound openFileOnCreation runInBackground"
@@ -11,7 +15,7 @@ _quennelctl() {
   local command=${COMP_WORDS[1]} words=
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    words="template set get new notify --help --version"
+    words="template set get grant grants revoke new notify --help --version"
   else
     case $command in
       template)
@@ -52,6 +56,18 @@ _quennelctl() {
         esac
         ;;
       get) ((COMP_CWORD > 2)) || words="$switches fileTemplates authorizedDirs localizedStrings" ;;
+      grant)
+        mapfile -t COMPREPLY < <(compgen -d -- "$current")
+        compopt -o filenames
+        return
+        ;;
+      grants) words="--plain --help" ;;
+      revoke)
+        local IFS=$'\n'
+        mapfile -t COMPREPLY < <(compgen -W "$(_quennelctl_grants "${COMP_WORDS[0]}")" -- "$current")
+        compopt -o filenames
+        return
+        ;;
       new)
         if ((COMP_CWORD == 2)); then
           words=$(_quennelctl_templates "${COMP_WORDS[0]}")

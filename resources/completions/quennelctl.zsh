@@ -10,6 +10,15 @@ _quennelctl_templates() {
   _describe -V template templates
 }
 
+_quennelctl_grants() {
+  local -a grants
+  local grant rest
+  while IFS=$'\t' read -r grant rest; do
+    grants+=("$grant")
+  done < <(_call_program grants quennelctl grants --plain 2>/dev/null)
+  compadd -V grant -a grants
+}
+
 _quennelctl_switches() {
   local -a switches=(
     'skipFilename:make the file at once'
@@ -61,6 +70,9 @@ _quennelctl() {
     'template:keep the templates'
     'set:turn a setting on or off'
     'get:print a setting'
+    'grant:let the helper write in a folder'
+    'grants:show where the helper may write'
+    'revoke:withdraw what was granted'
     'new:make a file from a template'
     'notify:send the helper a command'
   )
@@ -75,6 +87,9 @@ _quennelctl() {
     template) _quennelctl_template ;;
     set) _arguments '1:setting:_quennelctl_switches' '2:value:(yes no)' ;;
     get) _arguments '1:setting:_quennelctl_switches' ;;
+    grant) _arguments '1:folder:_files -/' ;;
+    grants) _arguments '--plain[one folder a line, for scripts]' '--help[say more]' ;;
+    revoke) _arguments '1:folder:_quennelctl_grants' ;;
     new) _arguments '1:template:_quennelctl_templates' '2:folder:_files -/' ;;
     notify) _arguments '1:command:(quit fileTemplates)' ;;
   esac

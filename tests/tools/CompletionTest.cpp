@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "tests/tools/QuennelctlTest.h"
 
 namespace quennel::test {
@@ -52,6 +54,17 @@ TEST_F(CompletionTest, BashOffersFilesWithBlanksInTheirNames) {
   const std::string file = makeFile("my file.md");
   EXPECT_EQ(offered("template add " + folder.path() + "/my"), file + "\n");
   EXPECT_EQ(offered("template add --file " + folder.path() + "/my"), file + "\n");
+}
+
+TEST_F(CompletionTest, BashOffersFoldersToGrantAndGrantsToRevoke) {
+  const std::string granted = folder / "my folder";
+  std::filesystem::create_directory(granted);
+  makeFile("my file");
+  EXPECT_EQ(offered("grant " + folder.path() + "/my"), granted + "\n");
+  EXPECT_EQ(offered("revoke ''"), "\n");
+  ASSERT_EQ(run({"grant", granted}).status, 0);
+  EXPECT_EQ(offered("revoke ''"), granted + "\n");
+  EXPECT_EQ(offered("g"), "get\ngrant\ngrants\n");
 }
 
 TEST_F(CompletionTest, ZshUnderstandsItsFile) {

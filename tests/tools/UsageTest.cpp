@@ -15,9 +15,10 @@ TEST_F(UsageTest, HelpNamesEveryCommand) {
   const Answer answer = run({"--help"});
   EXPECT_EQ(answer.status, 0);
   EXPECT_EQ(answer.errors, "");
-  for (const char* command : {"template list", "template add FILE", "template edit INDEX",
-                              "template remove INDEX", "template move FROM TO", "set KEY VALUE",
-                              "get [KEY]", "new INDEX [DIR]", "notify COMMAND"}) {
+  for (const char* command :
+       {"template list", "template add FILE", "template edit INDEX", "template remove INDEX",
+        "template move FROM TO", "set KEY VALUE", "get [KEY]", "grant DIR", "grants", "revoke PATH",
+        "new INDEX [DIR]", "notify COMMAND"}) {
     EXPECT_TRUE(holds(answer.output, std::string("\n  ") + command)) << command;
   }
   EXPECT_EQ(run({"help"}).output, answer.output);
@@ -28,7 +29,7 @@ TEST_F(UsageTest, EveryCommandHasAHelpOfItsOwn) {
   for (const Words& command :
        {Words{"template", "list"}, Words{"template", "add"}, Words{"template", "edit"},
         Words{"template", "remove"}, Words{"template", "move"}, Words{"set"}, Words{"get"},
-        Words{"new"}, Words{"notify"}}) {
+        Words{"grant"}, Words{"grants"}, Words{"revoke"}, Words{"new"}, Words{"notify"}}) {
     Words words = command;
     words.emplace_back("--help");
     const Answer answer = run(words);
@@ -48,7 +49,8 @@ TEST_F(UsageTest, HelpOfAGroupNamesItsCommands) {
 TEST_F(UsageTest, NoLineOfHelpIsWiderThanATerminal) {
   for (const Words& words :
        {Words{"--help"}, Words{"template", "add", "--help"}, Words{"get", "--help"},
-        Words{"new", "--help"}, Words{"template", "list", "--help"}}) {
+        Words{"new", "--help"}, Words{"grant", "--help"}, Words{"grants", "--help"},
+        Words{"revoke", "--help"}, Words{"template", "list", "--help"}}) {
     std::string text = run(words).output;
     for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n')) {
       EXPECT_LE(end, 90U) << text.substr(0, end);
