@@ -99,8 +99,11 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
 
   // Creation without a dialog: creation/AppDelegate+Creation.cpp
 
-  /// Makes a file from the template in `dir`. No directory makes no file.
+  /// Makes a file from the template in `dir`. Where nothing may be changed there yet, returns once
+  /// a panel is shown in which the user may authorize `dir` or a folder that it is in, and makes
+  /// the file when that has happened.
   void createFileAtDir(const std::optional<std::string>& dir, const FileTemplate& template_);
+  /// The same without asking for anything.
   void makeFileAtDir(const std::string& dir, const FileTemplate& template_);
   /// Whether `path` is the Desktop folder or an item directly in it.
   bool isDesktopDir(const std::string& path) const;
@@ -158,6 +161,9 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   std::unique_ptr<SavePanel> newFilePanel(const std::string& dir,
                                           const FileTemplate& template_) const;
   void makeFileAtChosenPath(const std::string& path, const FileTemplate& template_);
+  void askForAuthorization(const std::string& dir, const FileTemplate& template_);
+  void acceptAuthorization(const std::string& chosen, const std::string& dir,
+                           const FileTemplate& template_);
   void finishNewItem(const std::string& path, const FileTemplate& template_);
   void runPostCreationActions(const std::string& path);
   void reportFailedFolderQuery(const Error& error) const;

@@ -19,8 +19,10 @@ constexpr std::chrono::milliseconds alertDelay{300};
 
 void AppDelegate::createFileAtDir(const std::optional<std::string>& dir,
                                   const FileTemplate& template_) {
-  if (dir) {
+  if (_util.isWritableFileAtPath(dir)) {
     makeFileAtDir(*dir, template_);
+  } else {
+    askForAuthorization(dir.value_or(""), template_);
   }
 }
 
