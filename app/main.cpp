@@ -16,6 +16,7 @@
 #include "platform/linux/keys/SessionHotKeys.h"
 #include "platform/linux/mounts/MountTableEvents.h"
 #include "platform/linux/notifications/LocalNotificationCenter.h"
+#include "platform/linux/scope/ConfinedFileManager.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
 #include "platform/linux/tasks/LinuxUserScripts.h"
@@ -83,8 +84,9 @@ class Helper {
   PrefixBundle _bundle;
   PropertyListUserDefaults _sharedDefaults;
   PropertyListUserDefaults _standardDefaults;
-  PosixFileManager _fileManager;
+  PosixFileManager _allFiles;
   LandlockSecurityScope _securityScope;
+  ConfinedFileManager _fileManager{_allFiles, _securityScope};
   DesktopWorkspace _workspace;
   LocalNotificationCenter _workspaceNotificationCenter;
   InotifyKernelQueueFactory _kernelQueues;

@@ -40,6 +40,9 @@ class Home {
     std::filesystem::create_directory(_folder / "targets");
     std::ofstream(templateFile()) << std::string(4096, 'q');
     std::ofstream(_folder / "Q4T7N2W9X5.net.brellow.Quennel.plist") << settings();
+    if (test::Process({QUENNEL_CTL, "grant", targets()}, environment()).wait() != 0) {
+      throw std::runtime_error("quennelctl cannot grant " + targets());
+    }
   }
 
   std::string templateFile() const { return _folder / "template.txt"; }

@@ -56,6 +56,7 @@ void HelperTest::SetUp() {
   set("playSound", false);
   set("showFileOnCreation", false);
   set("openFileOnCreation", false);
+  grant(folder());
   _bus =
       std::make_unique<PrivateBus>(PrivateBus::Services{{busName, QUENNEL_HELPER}}, environment());
   _connection = std::make_shared<Connection>(_bus->address());
@@ -86,6 +87,10 @@ void HelperTest::set(const std::string& key, PropertyList value) {
   auto defaults = settings();
   defaults.setObject(std::move(value), key);
   ASSERT_TRUE(defaults.synchronize());
+}
+
+void HelperTest::grant(const std::string& folder) const {
+  ASSERT_EQ(Process({QUENNEL_CTL, "grant", folder}, environment()).wait(), 0);
 }
 
 Process::Environment HelperTest::environment() const {

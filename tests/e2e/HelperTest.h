@@ -15,9 +15,9 @@
 
 namespace quennel::test {
 
-/// The built helper on a session bus of the test's own, with a fresh home and no display. The
-/// settings hold three templates (note.txt, script.sh that is executable, and the folder "project")
-/// and say that files are made at once.
+/// The built helper on a session bus of the test's own, with a fresh home, no display, and a folder
+/// in which it may write. The settings hold three templates (note.txt, script.sh that is
+/// executable, and the folder "project") and say that files are made at once.
 class HelperTest : public testing::Test {
  protected:
   void SetUp() override;
@@ -44,6 +44,9 @@ class HelperTest : public testing::Test {
                                                  const std::string& suffix,
                                                  const std::string& file);
   void set(const std::string& key, PropertyList value);
+
+  /// Lets a helper that is started later write in the folder.
+  void grant(const std::string& folder) const;
 
   Process::Environment environment() const;
 
