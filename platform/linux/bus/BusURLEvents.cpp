@@ -2,7 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <ranges>
+#include <iterator>
 #include <utility>
 
 #include "platform/linux/bus/BusPropertyList.h"
@@ -146,8 +146,9 @@ BusURLEvents::Role BusURLEvents::claim(const std::vector<std::string>& urls) {
 
 /// The URLs of the command line come before those that the bus brought meanwhile.
 void BusURLEvents::keepOwn(const std::vector<std::string>& urls, const std::string& token) {
-  for (const auto& url : std::ranges::reverse_view(urls)) {
-    _kept.push_front({escapingInvalidCharacters(url), token});
+  auto place = _kept.begin();
+  for (const auto& url : urls) {
+    place = std::next(_kept.insert(place, {escapingInvalidCharacters(url), token}));
   }
 }
 
