@@ -48,7 +48,8 @@ class HelperTest : public testing::Test {
   /// Lets a helper that is started later write in the folder.
   void grant(const std::string& folder) const;
 
-  Process::Environment environment() const;
+  /// That of the helper and the tools.
+  virtual Process::Environment environment() const;
 
   static bool exists(const std::string& path);
   static std::string contents(const std::string& path);

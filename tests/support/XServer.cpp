@@ -2,6 +2,7 @@
 
 #include <signal.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace quennel::test {
@@ -74,6 +75,21 @@ std::string XServer::windowProperty(const std::string& window, const std::string
 }
 
 void XServer::pressKey(const std::string& key) const { outputOf({"xdotool", "key", key}); }
+
+void XServer::type(const std::string& text) const { outputOf({"xdotool", "type", text}); }
+
+void XServer::click(const std::string& window, int x, int y) const {
+  outputOf({"xdotool", "mousemove", "--sync", "--window", window, std::to_string(x),
+            std::to_string(y), "click", "1"});
+}
+
+std::size_t XServer::countWindows(const std::string& title) const {
+  const std::string windows =
+      outputOf({"xdotool", "search", "--onlyvisible", "--name", "^" + title + "$"});
+  return windows.empty()
+             ? 0
+             : 1 + static_cast<std::size_t>(std::count(windows.begin(), windows.end(), '\n'));
+}
 
 void XServer::takeScreenshot(const std::string& path) const {
   outputOf({"import", "-window", "root", path});

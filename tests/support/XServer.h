@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,6 +35,15 @@ class XServer {
 
   /// Presses a key, such as "Return", as the user of the display.
   void pressKey(const std::string& key) const;
+
+  /// Types the text.
+  void type(const std::string& text) const;
+
+  /// Clicks the window with the left button, so many pixels from its left and its top.
+  void click(const std::string& window, int x, int y) const;
+
+  /// How many windows of exactly that title are on the screen.
+  std::size_t countWindows(const std::string& title) const;
 
   /// Writes a picture of the screen, as PNG.
   void takeScreenshot(const std::string& path) const;
