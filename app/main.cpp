@@ -45,7 +45,7 @@ class Helper {
         _workspace(runLoop, bus),
         _volumeEvents(runLoop),
         _notificationCenter(bus),
-        _userInterface(runLoop, _bundle.userInterfaceModulePath()),
+        _userInterface(runLoop, _bundle, _bundle.userInterfaceModulePath()),
         _userScripts(_bundle),
         _hotKeyCenter(runLoop, openHotKeysOfSession(bus, _bundle.bundleIdentifier(),
                                                     _bundle.hotKeyModulePath())),

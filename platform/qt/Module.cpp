@@ -3,6 +3,6 @@
 
 /// Looked up by name; see UserInterfaceModule.h.
 extern "C" [[gnu::visibility("default")]] quennel::UserInterface* quennelMakeUserInterface(
-    quennel::RunLoop& runLoop) {
-  return new quennel::QtUserInterface(runLoop);
+    quennel::RunLoop& runLoop, const quennel::Bundle& bundle) {
+  return new quennel::QtUserInterface(runLoop, bundle);
 }

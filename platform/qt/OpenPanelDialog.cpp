@@ -2,28 +2,12 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLayout>
 
 #include "platform/qt/PanelWindow.h"
-#include "platform/values/Path.h"
 
 namespace quennel {
-namespace {
-
-/// The folder, or the nearest one above it that is there and whose name the toolkit can express.
-QString nearestFolder(std::string path) {
-  QString name = QFile::decodeName(path.c_str());
-  while (path.size() > 1 &&
-         (QFile::encodeName(name).toStdString() != path || !QFileInfo(name).isDir())) {
-    path = deletingLastPathComponent(path);
-    name = QFile::decodeName(path.c_str());
-  }
-  return name;
-}
-
-}  // namespace
 
 OpenPanelDialog::OpenPanelDialog(const OpenPanel& panel) {
   // First of all: this makes the widgets that everything below works on. The desktop's own dialog

@@ -1,6 +1,10 @@
 #include "platform/qt/PanelWindow.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtWidgets/QWidget>
+
+#include "platform/values/Path.h"
 
 namespace quennel {
 
@@ -14,6 +18,16 @@ void showInFront(QWidget& window) {
 
 QString buttonTitle(const std::string& text) {
   return QString::fromStdString(text).replace('&', "&&");
+}
+
+QString nearestFolder(std::string path) {
+  QString name = QFile::decodeName(path.c_str());
+  while (path.size() > 1 &&
+         (QFile::encodeName(name).toStdString() != path || !QFileInfo(name).isDir())) {
+    path = deletingLastPathComponent(path);
+    name = QFile::decodeName(path.c_str());
+  }
+  return name;
 }
 
 }  // namespace quennel

@@ -18,4 +18,7 @@ void showInFront(QWidget& window);
 /// A button's text as it is: "&" marks no shortcut key.
 QString buttonTitle(const std::string& text);
 
+/// The folder, or the nearest one above it that is there and whose name the toolkit can express.
+QString nearestFolder(std::string path);
+
 }  // namespace quennel

@@ -1,40 +1,26 @@
 #include "platform/qt/QtUserInterface.h"
 
 #include "platform/RunLoop.h"
-#include "platform/linux/ui/DismissedSavePanel.h"
 #include "platform/linux/ui/StandardErrorAlert.h"
 #include "platform/qt/AlertPanel.h"
 #include "platform/qt/Display.h"
 #include "platform/qt/FileTypes.h"
 #include "platform/qt/OpenPanelDialog.h"
 #include "platform/qt/QtApplication.h"
+#include "platform/qt/QtSavePanel.h"
 
 namespace quennel {
 
 int QtUserInterface::runModal(const Alert& alert) {
-  if (_runLoop.isTerminating()) {
-    return dismissingAnswer(alert);
-  }
-  const auto shared = application();
-  if (!shared) {
-    return runOnStandardError(alert);
-  }
-  const int answer = AlertPanel(alert).run();
-  _begunPanels.serve();
-  return answer;
+  int answer = dismissingAnswer(alert);
+  const bool isShown = present([&] { answer = AlertPanel(alert).run(); });
+  return isShown ? answer : runOnStandardError(alert);
 }
 
 std::optional<std::string> QtUserInterface::runModalOpenPanel(const OpenPanel& panel) {
-  if (_runLoop.isTerminating()) {
-    return std::nullopt;
-  }
-  const auto shared = application();
-  if (!shared) {
-    return runOnStandardError(panel);
-  }
-  auto choice = OpenPanelDialog(panel).run();
-  _begunPanels.serve();
-  return choice;
+  std::optional<std::string> choice;
+  const bool isShown = present([&] { choice = OpenPanelDialog(panel).run(); });
+  return isShown ? choice : runOnStandardError(panel);
 }
 
 void QtUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& completion) {
@@ -50,7 +36,20 @@ void QtUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& compl
 }
 
 std::unique_ptr<SavePanel> QtUserInterface::savePanel() {
-  return std::make_unique<DismissedSavePanel>();
+  return std::make_unique<QtSavePanel>(*this, _bundle);
+}
+
+bool QtUserInterface::present(const std::function<void()>& modal) {
+  if (_runLoop.isTerminating()) {
+    return true;
+  }
+  const auto shared = application();
+  if (!shared) {
+    return false;
+  }
+  modal();
+  _begunPanels.serve();
+  return true;
 }
 
 void QtUserInterface::activateIgnoringOtherApps() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +10,7 @@
 
 namespace quennel {
 
+class Bundle;
 class QtApplication;
 class RunLoop;
 
@@ -16,8 +18,9 @@ class RunLoop;
 /// shown.
 class QtUserInterface : public UserInterface {
  public:
-  /// `runLoop` is not owned.
-  explicit QtUserInterface(RunLoop& runLoop) : _runLoop(runLoop), _begunPanels(runLoop) {}
+  /// Neither is owned.
+  QtUserInterface(RunLoop& runLoop, const Bundle& bundle)
+      : _runLoop(runLoop), _bundle(bundle), _begunPanels(runLoop) {}
 
   int runModal(const Alert& alert) override;
   std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override;
@@ -28,12 +31,17 @@ class QtUserInterface : public UserInterface {
   std::optional<std::string> localizedDescriptionOfFileExtension(
       const std::string& extension) override;
 
+  /// Calls `modal`, which shows something and returns when it has closed, while the application
+  /// object is there; does not when the run loop terminates. False when nothing can be shown.
+  bool present(const std::function<void()>& modal);
+
  private:
   /// The application object, shared by all that is shown at the same time; null with no display.
   std::shared_ptr<QtApplication> application();
   void offerActivationToken();
 
   RunLoop& _runLoop;
+  const Bundle& _bundle;
   std::weak_ptr<QtApplication> _application;
   BegunPanels _begunPanels;
   std::string _activationToken;

@@ -14,6 +14,7 @@
 
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/ui/LazyUserInterface.h"
+#include "tests/support/FakeBundle.h"
 #include "tests/support/FreshSession.h"
 
 namespace quennel::test {
@@ -39,7 +40,8 @@ class AlertPanel : public testing::Test {
   // The platform says at every window what it cannot do.
   EnvironmentVariable logging{"QT_LOGGING_RULES", "default.warning=false"};
   EventRunLoop loop;
-  LazyUserInterface userInterface{loop, USER_INTERFACE_MODULE};
+  FakeBundle bundle;
+  LazyUserInterface userInterface{loop, bundle, USER_INTERFACE_MODULE};
 };
 
 TEST_F(AlertPanel, ShowsTitleMessageAndStyle) {

@@ -18,6 +18,7 @@
 
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/ui/LazyUserInterface.h"
+#include "tests/support/FakeBundle.h"
 #include "tests/support/FreshSession.h"
 
 namespace quennel::test {
@@ -106,7 +107,8 @@ class OpenPanelOnScreen : public testing::Test {
   // The platform says at every window what it cannot do.
   EnvironmentVariable logging{"QT_LOGGING_RULES", "default.warning=false"};
   EventRunLoop loop;
-  LazyUserInterface userInterface{loop, USER_INTERFACE_MODULE};
+  FakeBundle bundle;
+  LazyUserInterface userInterface{loop, bundle, USER_INTERFACE_MODULE};
   Choices choices;
 };
 

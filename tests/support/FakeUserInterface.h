@@ -79,7 +79,9 @@ class FakeUserInterface : public UserInterface {
   std::size_t begunPanels() const { return _begun.size(); }
 
   std::unique_ptr<SavePanel> savePanel() override {
-    return std::make_unique<FakeSavePanel>(_log, whileSavePanelShown);
+    return std::make_unique<FakeSavePanel>(_log, [this](FakeSavePanel& panel) {
+      return whileSavePanelShown ? whileSavePanelShown(panel) : ModalResponse::Cancel;
+    });
   }
 
   void setActivationToken(const std::string& token) override { activationTokens.push_back(token); }

@@ -15,6 +15,7 @@
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/ui/LazyUserInterface.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/FakeBundle.h"
 #include "tests/support/FreshSession.h"
 #include "tests/support/XServer.h"
 
@@ -44,7 +45,8 @@ class WithoutDisplay : public testing::Test {
  protected:
   FreshSession session;
   EventRunLoop loop;
-  LazyUserInterface userInterface{loop, USER_INTERFACE_MODULE};
+  FakeBundle bundle;
+  LazyUserInterface userInterface{loop, bundle, USER_INTERFACE_MODULE};
 };
 
 class OnScreen : public testing::Test {
@@ -78,13 +80,15 @@ class OnScreen : public testing::Test {
   FreshSession session;
   std::optional<XServer> server;
   EventRunLoop loop;
-  LazyUserInterface userInterface{loop, USER_INTERFACE_MODULE};
+  FakeBundle bundle;
+  LazyUserInterface userInterface{loop, bundle, USER_INTERFACE_MODULE};
 };
 
 /// First of all: what is loaded stays loaded.
 TEST(BeforeTheFirstUse, NothingIsLoaded) {
   EventRunLoop loop;
-  LazyUserInterface userInterface(loop, USER_INTERFACE_MODULE);
+  FakeBundle bundle;
+  LazyUserInterface userInterface(loop, bundle, USER_INTERFACE_MODULE);
   userInterface.activateIgnoringOtherApps();
   std::ifstream maps("/proc/self/maps");
   for (std::string line; std::getline(maps, line);) {
@@ -147,7 +151,8 @@ TEST_F(WithoutDisplay, ExtensionsWithoutATypeHaveNoDescription) {
 
 TEST(LazyUserInterface, AMissingModuleIsNotedOnceAndAlertsGoToStandardError) {
   EventRunLoop loop;
-  LazyUserInterface userInterface(loop, "/no/such/module.so");
+  FakeBundle bundle;
+  LazyUserInterface userInterface(loop, bundle, "/no/such/module.so");
   int answer = 0;
   const auto show = [&] { answer = userInterface.runModal(alertWithButtons({"First", "Last"})); };
   const std::string note = standardErrorOf(show);
@@ -166,7 +171,7 @@ TEST_F(OnScreen, ADisplayThatGoesUnderAnAlertEndsTheProcess) {
       waitForAlert();
       server->kill();
     });
-    LazyUserInterface(ownLoop, USER_INTERFACE_MODULE).runModal(criticalAlert());
+    LazyUserInterface(ownLoop, FakeBundle(), USER_INTERFACE_MODULE).runModal(criticalAlert());
     return std::string("answered");
   });
   EXPECT_EQ(end, "died with status " + std::to_string(1 << 8)) << "by the toolkit's exit(1)";

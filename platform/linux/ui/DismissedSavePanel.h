@@ -1,8 +1,7 @@
 #pragma once
 
-#include <cstdio>
-
 #include "platform/SavePanel.h"
+#include "platform/linux/ui/StandardErrorAlert.h"
 
 namespace quennel {
 
@@ -18,10 +17,7 @@ class DismissedSavePanel : public SavePanel {
   void setLevel(PanelLevel) override {}
   void setCanCreateDirectories(bool) override {}
   void setAccessoryView(PopUpButton&) override {}
-  ModalResponse runModal() override {
-    std::fprintf(stderr, "%s (%s)\n", _title.c_str(), _directory.c_str());
-    return ModalResponse::Cancel;
-  }
+  ModalResponse runModal() override { return runOnStandardError(_title, _directory); }
   std::string path() const override { return {}; }
 
  private:

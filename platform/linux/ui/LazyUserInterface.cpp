@@ -12,8 +12,8 @@
 
 namespace quennel {
 
-LazyUserInterface::LazyUserInterface(RunLoop& runLoop, std::string modulePath)
-    : _runLoop(runLoop), _modulePath(std::move(modulePath)) {}
+LazyUserInterface::LazyUserInterface(RunLoop& runLoop, const Bundle& bundle, std::string modulePath)
+    : _runLoop(runLoop), _bundle(bundle), _modulePath(std::move(modulePath)) {}
 
 LazyUserInterface::~LazyUserInterface() = default;
 
@@ -74,7 +74,8 @@ std::unique_ptr<UserInterface> LazyUserInterface::load() const {
     std::fprintf(stderr, "quennelhelper: nothing can be shown on screen: %s\n", dlerror());
     return nullptr;
   }
-  return std::unique_ptr<UserInterface>(reinterpret_cast<MakeUserInterface*>(symbol)(_runLoop));
+  return std::unique_ptr<UserInterface>(
+      reinterpret_cast<MakeUserInterface*>(symbol)(_runLoop, _bundle));
 }
 
 }  // namespace quennel

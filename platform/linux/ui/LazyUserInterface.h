@@ -8,6 +8,7 @@
 
 namespace quennel {
 
+class Bundle;
 class RunLoop;
 
 /// The user interface of a program that seldom needs one: the toolkit comes with a module that is
@@ -16,8 +17,8 @@ class RunLoop;
 /// file type has a description.
 class LazyUserInterface : public UserInterface {
  public:
-  /// `runLoop` is not owned. Nothing is loaded yet.
-  LazyUserInterface(RunLoop& runLoop, std::string modulePath);
+  /// `runLoop` and `bundle`, where texts come from, are not owned. Nothing is loaded yet.
+  LazyUserInterface(RunLoop& runLoop, const Bundle& bundle, std::string modulePath);
   ~LazyUserInterface() override;
 
   int runModal(const Alert& alert) override;
@@ -37,6 +38,7 @@ class LazyUserInterface : public UserInterface {
   std::unique_ptr<UserInterface> load() const;
 
   RunLoop& _runLoop;
+  const Bundle& _bundle;
   std::string _modulePath;
   std::string _activationToken;
   bool _loadingTried = false;

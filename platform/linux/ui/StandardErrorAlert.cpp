@@ -23,4 +23,9 @@ std::optional<std::string> runOnStandardError(const OpenPanel& panel) {
   return std::nullopt;
 }
 
+ModalResponse runOnStandardError(const std::string& title, const std::string& directory) {
+  std::fprintf(stderr, "%s (%s)\n", title.c_str(), directory.c_str());
+  return ModalResponse::Cancel;
+}
+
 }  // namespace quennel

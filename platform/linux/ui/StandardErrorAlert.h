@@ -18,4 +18,8 @@ int runOnStandardError(const Alert& alert);
 /// answers as if it had been dismissed.
 std::optional<std::string> runOnStandardError(const OpenPanel& panel);
 
+/// A save panel where nothing can be shown: writes "title (folder)" to standard error and is
+/// cancelled.
+ModalResponse runOnStandardError(const std::string& title, const std::string& directory);
+
 }  // namespace quennel

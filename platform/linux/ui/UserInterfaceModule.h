@@ -2,6 +2,7 @@
 
 namespace quennel {
 
+class Bundle;
 class RunLoop;
 class UserInterface;
 
@@ -10,9 +11,9 @@ class UserInterface;
 // virtual calls and plain values: no exception, no run-time type, nothing of the toolkit, so the
 // helper may have its own static copy of the C++ library.
 
-/// What the module exports under the name `makeUserInterfaceSymbol`. The run loop is not owned and
-/// outlives the result, which the caller deletes.
-using MakeUserInterface = UserInterface*(RunLoop& runLoop);
+/// What the module exports under the name `makeUserInterfaceSymbol`. The run loop and the
+/// bundle, where texts come from, are not owned and outlive the result, which the caller deletes.
+using MakeUserInterface = UserInterface*(RunLoop& runLoop, const Bundle& bundle);
 
 inline constexpr const char* makeUserInterfaceSymbol = "quennelMakeUserInterface";
 

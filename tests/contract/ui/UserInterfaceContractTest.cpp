@@ -8,6 +8,7 @@
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/ui/LazyUserInterface.h"
 #include "tests/support/CallLog.h"
+#include "tests/support/FakeBundle.h"
 #include "tests/support/FakeUserInterface.h"
 #include "tests/support/FreshSession.h"
 #include "tests/support/XServer.h"
@@ -40,7 +41,8 @@ class WithoutDisplay {
  private:
   FreshSession _session;
   EventRunLoop _loop;
-  LazyUserInterface _userInterface{_loop, USER_INTERFACE_MODULE};
+  FakeBundle _bundle;
+  LazyUserInterface _userInterface{_loop, _bundle, USER_INTERFACE_MODULE};
 };
 
 class OnScreen {
@@ -62,7 +64,8 @@ class OnScreen {
   FreshSession _session;
   XServer _server;
   EventRunLoop _loop;
-  LazyUserInterface _userInterface{_loop, USER_INTERFACE_MODULE};
+  FakeBundle _bundle;
+  LazyUserInterface _userInterface{_loop, _bundle, USER_INTERFACE_MODULE};
 };
 
 template <typename Subject>

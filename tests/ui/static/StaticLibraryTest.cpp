@@ -6,6 +6,7 @@
 
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/ui/LazyUserInterface.h"
+#include "tests/support/FakeBundle.h"
 #include "tests/support/FreshSession.h"
 
 namespace quennel::test {
@@ -25,7 +26,8 @@ TEST(StaticLibrary, TheModuleWorksInAProgramWithItsOwnCopyOfTheLibrary) {
   const FreshSession session;
   const EnvironmentVariable platform("QT_QPA_PLATFORM", "offscreen");
   EventRunLoop loop;
-  LazyUserInterface userInterface(loop, USER_INTERFACE_MODULE);
+  FakeBundle bundle;
+  LazyUserInterface userInterface(loop, bundle, USER_INTERFACE_MODULE);
   ASSERT_FALSE(isMapped("libstdc++")) << "the program has no copy of its own";
 
   EXPECT_EQ(userInterface.localizedDescriptionOfFileExtension("txt"), "plain text document");
