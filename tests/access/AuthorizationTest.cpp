@@ -214,6 +214,19 @@ TEST_F(Authorization, ThePanelIsNotCountedAndTheQuitCheckFiresWhileItIsOpen) {
   EXPECT_TRUE(terminated());
 }
 
+TEST_F(Authorization, TheAlertOfARefusalIsNotCountedAndTheQuitCheckFiresDuringIt) {
+  launch();
+  open("quennel://" + dir + "?0");
+  fakes.userInterface.whileShown = [this](const Alert&) {
+    EXPECT_EQ(delegate->panelCount(), 0);
+    fakes.runLoop.advance(11s);
+    EXPECT_TRUE(terminated());
+  };
+  answer("/");
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(fakes.userInterface.alerts.size(), 1u);
+}
+
 TEST_F(Authorization, TwoRequestsHaveAPanelEachWithTheirOwnFolderAndTemplate) {
   launch();
   open("quennel://" + dir + "?0");

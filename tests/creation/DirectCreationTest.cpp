@@ -118,6 +118,32 @@ TEST_F(DirectCreation, NothingFollowsAFailedCopy) {
   EXPECT_FALSE(exists("/d/missing.txt"));
 }
 
+TEST_F(DirectCreation, ADiskThatIsFullIsSaidInTheWordsOfTheSystem) {
+  fakes.fileManager.failNext("copyItemAtPath", {28, "No space left on device"});
+  make(templateRecord("untitled", "txt"));
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(fakes.userInterface.alerts.at(0).informativeText, "No space left on device");
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+}
+
+TEST_F(DirectCreation, ExecuteBitsThatCannotBeSetLeaveTheFileAndSayNothing) {
+  fakes.fileManager.failNext("setAttributes");
+  make(templateRecord("untitled", "txt"));
+  fakes.runLoop.advance(300ms);
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  EXPECT_TRUE(fakes.userInterface.alerts.empty());
+}
+
+TEST_F(DirectCreation, DatesThatCannotBeSetLeaveTheFileAndSayNothing) {
+  fakes.fileManager.failNext("setAttributes", {1, "not allowed"}, 1);
+  switchOn({"openFileOnCreation"});
+  make(templateRecord("untitled", "txt"));
+  fakes.runLoop.advance(300ms);
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  EXPECT_EQ(fakes.workspace.opened.size(), 1u);
+  EXPECT_TRUE(fakes.userInterface.alerts.empty());
+}
+
 TEST_F(DirectCreation, ATemplateWithoutAFileEndsAsAFailedCopy) {
   auto record = templateRecord("untitled", "txt");
   record.erase("filePath");

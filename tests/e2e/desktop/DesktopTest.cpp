@@ -14,7 +14,7 @@ void DesktopTest::SetUp() {
 
 std::string DesktopTest::waitForWindow(const std::string& title,
                                        const std::string& otherThan) const {
-  const std::string window = desktop().waitForActiveWindow(title, otherThan);
+  std::string window = desktop().waitForActiveWindow(title, otherThan);
   EXPECT_NE(window, "") << "no window '" << title << "'";
   return window;
 }
