@@ -47,46 +47,51 @@ VDKQueue::~VDKQueue() {
   removeAllPaths();
 }
 
-void VDKQueue::addPath(const std::optional<std::string>& path) { addPath(path, allNotes); }
+void VDKQueue::addPath(std::optional<std::string_view> path) { addPath(path, allNotes); }
 
-void VDKQueue::addPath(const std::optional<std::string>& path, std::uint32_t notifyingAbout) {
+void VDKQueue::addPath(std::optional<std::string_view> path, std::uint32_t notifyingAbout) {
   if (!path) {
     return;
   }
   const Lock lock(_lock);
-  if (!_watchedPathEntries.contains(std::string_view(*path))) {
-    addPathToQueue(*path, notifyingAbout);
+  if (!_watchedPathEntries.contains(*path)) {
+    addNewPath(*path, notifyingAbout);
   }
 }
 
-std::shared_ptr<VDKQueuePathEntry> VDKQueue::addPathToQueue(const std::string& path,
+std::shared_ptr<VDKQueuePathEntry> VDKQueue::addPathToQueue(std::string_view path,
                                                             std::uint32_t notifyingAbout) {
   const Lock lock(_lock);
-  const auto found = _watchedPathEntries.find(std::string_view(path));
-  auto entry = found == _watchedPathEntries.end() ? nullptr : found->second;
-  const std::uint32_t flags = entry ? entry->subscriptionFlags() : 0;
-  if (entry && (flags & notifyingAbout) == notifyingAbout) {
-    return entry;
+  const auto found = _watchedPathEntries.find(path);
+  if (found == _watchedPathEntries.end()) {
+    return addNewPath(path, notifyingAbout);
   }
-  if (!entry) {
-    const SharedText key(path);
-    entry = VDKQueuePathEntry::create(_coreQueueFD, key, notifyingAbout);
-    if (!entry) {
-      return nullptr;
-    }
-    _watchedPathEntries.emplace(key, entry);
+  const auto& entry = found->second;
+  const std::uint32_t flags = entry->subscriptionFlags();
+  if ((flags & notifyingAbout) != notifyingAbout) {
+    registerEntry(entry, flags | notifyingAbout);
   }
-  entry->setSubscriptionFlags(notifyingAbout | flags);
-  submit(entry);
-  startWatcherThread();
   return entry;
 }
 
-/// A registration that the kernel refuses stays without events.
-void VDKQueue::submit(const std::shared_ptr<VDKQueuePathEntry>& entry) {
-  static_cast<void>(
-      _coreQueueFD->kevent({entry->watchedFD(), EVFILT_VNODE, EV_ADD | EV_ENABLE | EV_CLEAR,
-                            entry->subscriptionFlags(), 0, entry}));
+/// Called with the lock held.
+std::shared_ptr<VDKQueuePathEntry> VDKQueue::addNewPath(std::string_view path,
+                                                        std::uint32_t notifyingAbout) {
+  const SharedText key(path);
+  auto entry = VDKQueuePathEntry::create(_coreQueueFD, key, notifyingAbout);
+  if (entry) {
+    _watchedPathEntries.emplace(key, entry);
+    registerEntry(entry, notifyingAbout);
+  }
+  return entry;
+}
+
+/// Called with the lock held. A registration that the kernel refuses stays without events.
+void VDKQueue::registerEntry(const std::shared_ptr<VDKQueuePathEntry>& entry, std::uint32_t flags) {
+  entry->setSubscriptionFlags(flags);
+  static_cast<void>(_coreQueueFD->kevent(
+      {entry->watchedFD(), EVFILT_VNODE, EV_ADD | EV_ENABLE | EV_CLEAR, flags, 0, entry}));
+  startWatcherThread();
 }
 
 void VDKQueue::startWatcherThread() {
@@ -109,12 +114,12 @@ bool VDKQueue::detachNewThread(ThreadBody body) {
   }
 }
 
-void VDKQueue::removePath(const std::optional<std::string>& path) {
+void VDKQueue::removePath(std::optional<std::string_view> path) {
   if (!path) {
     return;
   }
   const Lock lock(_lock);
-  const auto entry = _watchedPathEntries.find(std::string_view(*path));
+  const auto entry = _watchedPathEntries.find(*path);
   if (entry != _watchedPathEntries.end()) {
     _watchedPathEntries.erase(entry);
   }

@@ -75,18 +75,18 @@ class VDKQueue : public std::enable_shared_from_this<VDKQueue> {
 
   /// Watches the path for all kinds of change. Does nothing for no path, for one that is watched
   /// already, and for one that cannot be opened.
-  void addPath(const std::optional<std::string>& path);
+  void addPath(std::optional<std::string_view> path);
 
   /// The same for the kinds of change (`NOTE_…`) given. A path that is watched already keeps the
   /// kinds that it was added with.
-  void addPath(const std::optional<std::string>& path, std::uint32_t notifyingAbout);
+  void addPath(std::optional<std::string_view> path, std::uint32_t notifyingAbout);
 
   /// The same, but a path that is watched already is from now on watched for the new kinds as well.
   /// The entry, or null when the path cannot be opened.
-  std::shared_ptr<VDKQueuePathEntry> addPathToQueue(const std::string& path,
+  std::shared_ptr<VDKQueuePathEntry> addPathToQueue(std::string_view path,
                                                     std::uint32_t notifyingAbout);
 
-  void removePath(const std::optional<std::string>& path);
+  void removePath(std::optional<std::string_view> path);
   void removeAllPaths();
   std::size_t numberOfWatchedPaths() const;
 
@@ -127,7 +127,9 @@ class VDKQueue : public std::enable_shared_from_this<VDKQueue> {
 
   static bool detachNewThread(ThreadBody body);
 
-  void submit(const std::shared_ptr<VDKQueuePathEntry>& entry);
+  std::shared_ptr<VDKQueuePathEntry> addNewPath(std::string_view path,
+                                                std::uint32_t notifyingAbout);
+  void registerEntry(const std::shared_ptr<VDKQueuePathEntry>& entry, std::uint32_t flags);
   void startWatcherThread();
   void handleEvent(const KernelEvent& event, Names& names);
   void deliver(const Names& names, std::string_view path);

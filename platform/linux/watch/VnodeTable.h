@@ -86,7 +86,7 @@ class VnodeTable {
 
   Watches _watches;
   FileDescriptor _mounts;
-  std::vector<Vnode> _vnodes;  // by descriptor
+  std::deque<Vnode> _vnodes;  // by descriptor
   std::vector<int> _closedDescriptors;
   Whereabouts _whereabouts{_vnodes, _watches};
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -22,7 +23,7 @@ namespace quennel {
 class Whereabouts {
  public:
   /// Both outlive this object.
-  Whereabouts(std::vector<Vnode>& vnodes, Watches& watches) : _vnodes(vnodes), _watches(watches) {}
+  Whereabouts(std::deque<Vnode>& vnodes, Watches& watches) : _vnodes(vnodes), _watches(watches) {}
 
   /// The object is not at the path it was opened by, but here.
   void setLocation(int descriptor, const std::string& location);
@@ -43,7 +44,7 @@ class Whereabouts {
   void search(const std::string& folder);
   std::unordered_multimap<std::uint64_t, int> takeRenamedIn(const std::string& folder);
 
-  std::vector<Vnode>& _vnodes;
+  std::deque<Vnode>& _vnodes;
   Watches& _watches;
   /// Of those objects that are not at the path they were opened by.
   std::unordered_map<int, std::string> _locations;
