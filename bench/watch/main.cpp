@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "bench/support/Figure.h"
+#include "bench/watch/OtherWatchers.h"
 #include "bench/watch/Watchers.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -148,6 +150,24 @@ void measure(Report& report, const MakeWatcher& ours, const MakeWatcher& bare) {
               {Goal::Kind::RatioAtMost, 1.5}});
 }
 
+/// Beside what a program would otherwise use.
+void measureBeside(Report& report, const MakeWatcher& ours, const MakeWatcher& other,
+                   const std::string& name) {
+  const test::TemporaryDirectory folder("/dev/shm");
+  const auto paths = makeFiles(folder, report.isSmoke() ? 200 : 50'000);
+  const int rounds = report.isSmoke() ? 1 : 3;
+  const Goal noWorse{Goal::Kind::RatioAtMost, 1};
+  const auto latencyOf = [&](const MakeWatcher& make) {
+    return [&] { return latency(make, paths, report.isSmoke() ? 5 : 100); };
+  };
+  const auto seen = compare(rounds, latencyOf(ours), latencyOf(other));
+  report.add(
+      {"watch: write to delegate, beside " + name, "us", seen.ours, seen.reference, noWorse});
+  const auto added = compare(
+      rounds, [&] { return addingTime(ours, paths); }, [&] { return addingTime(other, paths); });
+  report.add({"watch: add files, beside " + name, "ms", added.ours, added.reference, noWorse});
+}
+
 void measureMemory(Report& report, const MakeWatcher& bare) {
   const test::TemporaryDirectory folder("/dev/shm");
   const auto paths = makeFiles(folder, report.isSmoke() ? 200 : 50'000);
@@ -171,10 +191,13 @@ int main(int argumentCount, char** arguments) {
   Report report(argumentCount, arguments);
   const MakeWatcher bare = [] { return std::make_unique<BareWatcher>(); };
   measureMemory(report, bare);  // forks, so before there are threads
+  const QCoreApplication application(argumentCount, arguments);
   EventRunLoop runLoop;
   const MakeWatcher ours = [&] { return std::make_unique<OurWatcher>(runLoop); };
   std::thread measuring([&] {
     measure(report, ours, bare);
+    measureBeside(report, ours, std::make_unique<QtWatcher>, "QFileSystemWatcher");
+    measureBeside(report, ours, std::make_unique<InotifywaitWatcher>, "inotifywait");
     runLoop.dispatchAsync([&] { runLoop.terminate(); });
   });
   runLoop.run();
