@@ -13,6 +13,7 @@
 #include "platform/linux/desktop/DesktopWorkspace.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/files/PosixFileManager.h"
+#include "platform/linux/keys/BusHotKeyList.h"
 #include "platform/linux/keys/SessionHotKeys.h"
 #include "platform/linux/mounts/MountTableEvents.h"
 #include "platform/linux/notifications/LocalNotificationCenter.h"
@@ -49,6 +50,7 @@ class Helper {
         _userScripts(_bundle),
         _hotKeyCenter(runLoop, openHotKeysOfSession(bus, _bundle.bundleIdentifier(),
                                                     _bundle.hotKeyModulePath())),
+        _hotKeyList(bus, _hotKeyCenter),
         _sound(_bundle),
         _delegate({.runLoop = runLoop,
                    .sharedDefaults = _sharedDefaults,
@@ -95,6 +97,7 @@ class Helper {
   LazyUserInterface _userInterface;
   LinuxUserScripts _userScripts;
   DesktopHotKeyCenter _hotKeyCenter;
+  BusHotKeyList _hotKeyList;
   CanberraSound _sound;
   AppDelegate _delegate;
 };

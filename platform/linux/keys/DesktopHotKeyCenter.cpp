@@ -22,6 +22,20 @@ PTHotKeyCenter::HotKeys DesktopHotKeyCenter::allHotKeys() const {
 }
 
 bool DesktopHotKeyCenter::registerHotKey(std::shared_ptr<const PTHotKey> hotKey, Error* error) {
+  const std::string identifier = hotKey->identifier();
+  Error reason;
+  if (bind(std::move(hotKey), &reason)) {
+    _refusals.erase(identifier);
+    return true;
+  }
+  if (error) {
+    *error = reason;
+  }
+  _refusals.insert_or_assign(identifier, std::move(reason));
+  return false;
+}
+
+bool DesktopHotKeyCenter::bind(std::shared_ptr<const PTHotKey> hotKey, Error* error) {
   const auto combination = KeyCombination::fromPropertyList(hotKey->keyCombo());
   if (!combination) {
     return failWith(error, EINVAL, "This is not a key combination.");
@@ -76,7 +90,12 @@ void DesktopHotKeyCenter::hotKeyPressed(HotKeyNumber number) {
 }
 
 void DesktopHotKeyCenter::hotKeyLost(HotKeyNumber number) {
-  std::erase_if(*_entries, [number](const Entry& entry) { return entry.number == number; });
+  const auto entry = std::ranges::find(*_entries, number, &Entry::number);
+  if (entry != _entries->end()) {
+    failWith(&_refusals[entry->hotKey->identifier()], ECANCELED,
+             "The desktop has withdrawn the key, or was not allowed to give it.");
+    _entries->erase(entry);
+  }
 }
 
 }  // namespace quennel

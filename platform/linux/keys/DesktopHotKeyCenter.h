@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/PTHotKeyCenter.h"
@@ -29,6 +31,9 @@ class DesktopHotKeyCenter final : public PTHotKeyCenter, private HotKeyListener 
   bool registerHotKey(std::shared_ptr<const PTHotKey> hotKey, Error* error = nullptr) override;
   void unregisterHotKey(const std::shared_ptr<const PTHotKey>& hotKey) override;
 
+  /// By their identifiers, the keys that did not become or stay system-wide, and why not.
+  const std::map<std::string, Error>& refusals() const { return _refusals; }
+
  private:
   struct Entry {
     HotKeyNumber number;
@@ -39,6 +44,7 @@ class DesktopHotKeyCenter final : public PTHotKeyCenter, private HotKeyListener 
 
   void hotKeyPressed(HotKeyNumber number) override;
   void hotKeyLost(HotKeyNumber number) override;
+  bool bind(std::shared_ptr<const PTHotKey> hotKey, Error* error);
   bool hasBackend(Error* error);
 
   RunLoop& _runLoop;
@@ -46,6 +52,7 @@ class DesktopHotKeyCenter final : public PTHotKeyCenter, private HotKeyListener 
   HotKeyNumber _lastNumber = 0;
   /// Shared with the presses that wait in the queue: they do nothing once it is gone.
   std::shared_ptr<Entries> _entries = std::make_shared<Entries>();
+  std::map<std::string, Error> _refusals;
   /// The last member: it goes first, while there is still someone to listen.
   std::unique_ptr<HotKeyBackend> _backend;
 };

@@ -1,0 +1,68 @@
+#include "platform/linux/keys/BusHotKeyList.h"
+
+#include <memory>
+#include <string>
+
+#include "platform/linux/bus/BusTypes.h"
+#include "platform/linux/bus/BusURLEvents.h"
+
+namespace quennel {
+
+namespace {
+
+int append(sd_bus_message* reply, const std::string& identifier, bool isBound,
+           const std::string& reason) {
+  return sd_bus_message_append(reply, "(sbs)", identifier.c_str(), isBound ? 1 : 0, reason.c_str());
+}
+
+int appendKeys(sd_bus_message* reply, const DesktopHotKeyCenter& center) {
+  int result = 0;
+  for (const auto& hotKey : center.allHotKeys()) {
+    result = result < 0 ? result : append(reply, hotKey->identifier(), true, "");
+  }
+  for (const auto& [identifier, error] : center.refusals()) {
+    result = result < 0 ? result : append(reply, identifier, false, error.localizedDescription);
+  }
+  return result;
+}
+
+}  // namespace
+
+const sd_bus_vtable BusHotKeyList::methods[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD_WITH_NAMES("List", "", , "a(sbs)", SD_BUS_PARAM(keys), list,
+                             SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
+
+BusHotKeyList::BusHotKeyList(SessionBus& bus, const DesktopHotKeyCenter& center)
+    : _bus(bus), _center(center) {
+  sd_bus_slot* slot = nullptr;
+  if (_bus.isOpen() && sd_bus_add_object_vtable(_bus.connection(), &slot, BusURLEvents::objectPath,
+                                                interfaceName, methods, this) >= 0) {
+    _object.reset(slot);
+  }
+}
+
+/// The answer waits its turn in the main queue, behind commands that came before the question and
+/// may change it.
+int BusHotKeyList::list(sd_bus_message* message, void* self, sd_bus_error*) {
+  auto* const keys = static_cast<BusHotKeyList*>(self);
+  const std::shared_ptr<sd_bus_message> call(sd_bus_message_ref(message), UnrefBusMessage());
+  keys->_bus.runLoop().dispatchAsync([keys, call] { keys->answer(call.get()); });
+  return 1;
+}
+
+/// A call that cannot be answered ends by its own time limit.
+void BusHotKeyList::answer(sd_bus_message* call) const {
+  sd_bus_message* message = nullptr;
+  if (sd_bus_message_new_method_return(call, &message) < 0) {
+    return;
+  }
+  const BusMessage reply(message);
+  if (sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "(sbs)") >= 0 &&
+      appendKeys(message, _center) >= 0 && sd_bus_message_close_container(message) >= 0) {
+    static_cast<void>(sd_bus_send(_bus.connection(), message, nullptr));
+  }
+}
+
+}  // namespace quennel
