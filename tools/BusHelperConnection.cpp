@@ -7,6 +7,7 @@
 #include "platform/linux/bus/BusURLEvents.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/events/EventRunLoop.h"
+#include "platform/linux/keys/BusHotKeyList.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "tools/CommandError.h"
 
@@ -16,6 +17,12 @@ namespace {
 void check(int result) {
   if (result < 0) {
     throw CommandFailure("the message cannot be made: " + UserLocale::errorDescription(-result));
+  }
+}
+
+void checkRead(int result) {
+  if (result < 0) {
+    throw CommandFailure("the helper's answer cannot be read");
   }
 }
 
@@ -76,6 +83,14 @@ void appendActivationTokens(const BusMessage& call) {
   check(sd_bus_message_close_container(call.get()));
 }
 
+void checkThatHelperIsThere(const BusMessage& answer) {
+  if (isError(answer, SD_BUS_ERROR_SERVICE_UNKNOWN) ||
+      isError(answer, SD_BUS_ERROR_NAME_HAS_NO_OWNER)) {
+    throw CommandFailure(
+        "the helper is not running and the session bus does not know how to start it");
+  }
+}
+
 bool isHelperRunning(Connection& connection) {
   const BusMessage call = connection.makeCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                               "org.freedesktop.DBus", "NameHasOwner");
@@ -94,11 +109,7 @@ void BusHelperConnection::open(const std::string& url) {
   check(sd_bus_message_append(call.get(), "as", 1, url.c_str()));
   appendActivationTokens(call);
   const BusMessage answer = connection.answerTo(call);
-  if (isError(answer, SD_BUS_ERROR_SERVICE_UNKNOWN) ||
-      isError(answer, SD_BUS_ERROR_NAME_HAS_NO_OWNER)) {
-    throw CommandFailure(
-        "the helper is not running and the session bus does not know how to start it");
-  }
+  checkThatHelperIsThere(answer);
   if (isError(answer, nullptr)) {
     throw CommandFailure("the helper did not take the request: " + errorText(answer));
   }
@@ -110,6 +121,26 @@ bool BusHelperConnection::notify(const std::string& command) {
   BusDistributedNotificationCenter center(connection.bus());
   center.postNotification({BusURLEvents::busName, command, {}}, true);
   return isRunning;
+}
+
+std::vector<HelperKey> BusHelperConnection::keys() {
+  Connection connection;
+  const BusMessage call = connection.makeCall(BusURLEvents::busName, BusURLEvents::objectPath,
+                                              BusHotKeyList::interfaceName, "List");
+  const BusMessage answer = connection.answerTo(call);
+  checkThatHelperIsThere(answer);
+  if (isError(answer, nullptr)) {
+    throw CommandFailure("the helper does not say: " + errorText(answer));
+  }
+  std::vector<HelperKey> keys;
+  checkRead(sd_bus_message_enter_container(answer.get(), SD_BUS_TYPE_ARRAY, "(sbs)"));
+  const char* identifier = nullptr;
+  const char* reason = nullptr;
+  int isBound = 0;
+  while (sd_bus_message_read(answer.get(), "(sbs)", &identifier, &isBound, &reason) > 0) {
+    keys.push_back({identifier, isBound != 0, reason});
+  }
+  return keys;
 }
 
 }  // namespace quennel

@@ -10,6 +10,7 @@ class BusHelperConnection final : public HelperConnection {
  public:
   void open(const std::string& url) override;
   bool notify(const std::string& command) override;
+  std::vector<HelperKey> keys() override;
 };
 
 }  // namespace quennel

@@ -7,6 +7,7 @@
 
 #include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
+#include "tools/Autostart.h"
 #include "tools/HelperConnection.h"
 #include "tools/Options.h"
 
@@ -17,6 +18,7 @@ struct CommandContext {
   UserDefaults& settings;
   HelperConnection& helper;
   SecurityScope& scope;
+  const Autostart& autostart;
   std::ostream& output;
   std::ostream& errors;
 };
@@ -39,6 +41,7 @@ struct Command {
 std::span<const Command> templateCommands();
 std::span<const Command> settingCommands();
 std::span<const Command> grantCommands();
+std::span<const Command> shortcutCommands();
 std::span<const Command> helperCommands();
 
 }  // namespace quennel

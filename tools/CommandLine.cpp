@@ -21,8 +21,8 @@ constexpr int notUnderstood = 2;
 
 std::vector<Command> allCommands() {
   std::vector<Command> commands;
-  for (const auto group :
-       {templateCommands(), settingCommands(), grantCommands(), helperCommands()}) {
+  for (const auto group : {templateCommands(), shortcutCommands(), settingCommands(),
+                           grantCommands(), helperCommands()}) {
     commands.insert(commands.end(), group.begin(), group.end());
   }
   return commands;

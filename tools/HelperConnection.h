@@ -1,10 +1,20 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace quennel {
 
-/// The way to the session's helper. Both operations throw a CommandFailure when there is no session
+/// One of the helper's system-wide keys.
+struct HelperKey {
+  /// "shortcut" and the index of its template.
+  std::string identifier;
+  bool isBound;
+  /// Why it is not bound.
+  std::string reason;
+};
+
+/// The way to the session's helper. All operations throw a CommandFailure when there is no session
 /// bus or it refuses.
 class HelperConnection {
  public:
@@ -15,6 +25,9 @@ class HelperConnection {
 
   /// Posts the command to whoever listens and never starts anything. Whether a helper is running.
   virtual bool notify(const std::string& command) = 0;
+
+  /// The keys that the helper has tried to bind; the bus starts it if needed.
+  virtual std::vector<HelperKey> keys() = 0;
 };
 
 }  // namespace quennel

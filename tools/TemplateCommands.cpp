@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/BoundKeys.h"
 #include "tools/Command.h"
 #include "tools/CommandError.h"
 #include "tools/FilePath.h"
@@ -28,6 +29,16 @@ void announce(CommandContext& context) {
   }
 }
 
+/// The helper has to run for the shortcuts to work.
+void updateAutostart(CommandContext& context) {
+  const Array templates = templatesOf(context.settings.objectForKey(templatesKey));
+  Error error;
+  if (!context.autostart.setEnabled(std::ranges::any_of(templates, hasShortcut), &error)) {
+    context.errors << "quennelctl: whether the helper starts at login stays as it was: "
+                   << error.localizedDescription << "\n";
+  }
+}
+
 /// Changes the list under the lock of the settings, so that nothing that another program changes at
 /// the same moment is lost.
 void change(CommandContext& context, const std::function<void(Array&)>& work) {
@@ -43,6 +54,7 @@ void change(CommandContext& context, const std::function<void(Array&)>& work) {
   if (!isStored) {
     throw CommandFailure(error.localizedDescription);
   }
+  updateAutostart(context);
   announce(context);
 }
 
@@ -50,6 +62,14 @@ void change(CommandContext& context, const std::function<void(Array&)>& work) {
 void report(CommandContext& context, const std::string& done, const FileTemplate& record) {
   context.output << done << ": " << shown(templateText(record, "title")) << " ("
                  << shown(nameMadeBy(record)) << ")\n";
+}
+
+/// Says whether a shortcut that was just given works; to ask starts the helper, too.
+void reportShortcut(std::size_t index, const FileTemplate& record, CommandContext& context) {
+  const BoundKeys keys(context.helper);
+  context.output << "Its shortcut " << shortcutText(record)
+                 << (keys.isBound(index) ? " works now" : " does not work: " + keys.reason(index))
+                 << "\n";
 }
 
 std::string named(std::size_t index) { return "template " + std::to_string(index); }
@@ -113,6 +133,9 @@ void add(const Options& options, CommandContext& context) {
     templates.push_back(record);
   });
   report(context, "Added " + named(index), record);
+  if (hasShortcut(record)) {
+    reportShortcut(index, record, context);
+  }
 }
 
 void edit(const Options& options, CommandContext& context) {
@@ -128,6 +151,9 @@ void edit(const Options& options, CommandContext& context) {
     templates[index] = record;
   });
   report(context, "Changed " + named(index), record);
+  if (description.shortcut && hasShortcut(record)) {
+    reportShortcut(index, record, context);
+  }
 }
 
 void remove(const Options& options, CommandContext& context) {
@@ -167,6 +193,8 @@ constexpr std::array recordOptions{
     Option{"no-executable", "", "they cannot"},
     Option{"enabled", "", "menus offer the template"},
     Option{"disabled", "", "they do not"},
+    Option{"shortcut", "KEYS", "keys that make a file in the folder in front: Ctrl+Alt+N"},
+    Option{"no-shortcut", "", "no such keys"},
 };
 
 constexpr std::array commands{
@@ -180,8 +208,7 @@ constexpr std::array commands{
             "or moved: a change of it shows in every file made later.",
             recordOptions, 0, 1, add},
     Command{"template edit", "INDEX", "change a template",
-            "Changes what the options say and keeps everything else, a keyboard shortcut too.",
-            recordOptions, 1, 1, edit},
+            "Changes what the options say and keeps everything else.", recordOptions, 1, 1, edit},
     Command{"template remove",
             "INDEX",
             "remove a template",

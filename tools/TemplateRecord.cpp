@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/linux/locale/UserLocale.h"
+#include "platform/values/KeyCombination.h"
 #include "platform/values/Path.h"
 #include "tools/CommandError.h"
 #include "tools/FilePath.h"
@@ -55,6 +56,22 @@ void checkName(const std::string& name) {
   }
 }
 
+/// The shortcut in its usual spelling; an empty one for none.
+std::optional<std::string> shortcutFrom(const Options& options) {
+  if (options.has("no-shortcut")) {
+    return "";
+  }
+  const auto text = options.valueOf("shortcut");
+  if (!text) {
+    return std::nullopt;
+  }
+  const auto combination = KeyCombination::fromPropertyList(PropertyList(*text));
+  if (!combination) {
+    throw UsageError("'" + shown(*text) + "' is no shortcut; one is written as in Ctrl+Alt+N");
+  }
+  return combination->acceleratorText();
+}
+
 /// People write the dot of an extension or leave it out.
 std::optional<std::string> withoutLeadingDot(std::optional<std::string> suffix) {
   if (suffix && suffix->starts_with('.')) {
@@ -86,6 +103,7 @@ TemplateDescription TemplateDescription::fromOptions(const Options& options) {
   description.suffix = withoutLeadingDot(options.valueOf("suffix"));
   description.executable = options.choice("executable", "no-executable");
   description.enabled = options.choice("enabled", "disabled");
+  description.shortcut = shortcutFrom(options);
   if (description.title && description.title->empty()) {
     throw UsageError("--title cannot be empty");
   }
@@ -100,7 +118,7 @@ TemplateDescription TemplateDescription::fromOptions(const Options& options) {
 void TemplateDescription::setFile(const std::string& name) { filePath = templateFile(name); }
 
 bool TemplateDescription::isEmpty() const {
-  return !title && !prefix && !suffix && !filePath && !executable && !enabled;
+  return !title && !prefix && !suffix && !filePath && !executable && !enabled && !shortcut;
 }
 
 TemplateDescription TemplateDescription::withDefaults() const {
@@ -128,6 +146,11 @@ FileTemplate TemplateDescription::appliedTo(const FileTemplate& record) const {
   set(entries, "filePath", filePath);
   set(entries, "executable", executable);
   set(entries, "enabled", enabled);
+  if (shortcut && shortcut->empty()) {
+    entries.erase("shortcut");
+  } else {
+    set(entries, "shortcut", shortcut);
+  }
   FileTemplate changed = std::move(entries);
   if (prefix || suffix) {
     checkName(nameMadeBy(changed));

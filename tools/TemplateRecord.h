@@ -16,6 +16,8 @@ struct TemplateDescription {
   std::optional<std::string> filePath;
   std::optional<bool> executable;
   std::optional<bool> enabled;
+  /// An accelerator text; an empty one takes the shortcut away.
+  std::optional<std::string> shortcut;
 
   /// From the options of "template add" and "template edit". Throws a UsageError for a value that
   /// makes no template, and a CommandFailure for a file that cannot be one.

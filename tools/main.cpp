@@ -7,6 +7,8 @@
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListFile.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
+#include "platform/values/Path.h"
+#include "tools/Autostart.h"
 #include "tools/BusHelperConnection.h"
 #include "tools/CommandLine.h"
 
@@ -41,7 +43,11 @@ int main(int count, char** words) {
   settings.registerDefaults(defaultSettings());
   BusHelperConnection helper;
   LandlockSecurityScope scope;
-  CommandContext context{settings, helper, scope, std::cout, std::cerr};
+  const Autostart autostart(
+      appendingPathComponent(deletingLastPathComponent(path), "autostart"),
+      appendingPathComponent(deletingLastPathComponent(PrefixBundle().executablePath()),
+                             "quennelhelper"));
+  CommandContext context{settings, helper, scope, autostart, std::cout, std::cerr};
   const int status = runCommandLine(arguments, context);
   if (!std::cout.flush()) {
     std::cerr << "quennelctl: the output cannot be written\n";

@@ -11,11 +11,12 @@ _quennelctl_grants() {
 _quennelctl() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local switches="skipFilename showFileOnCreation playSound openFileOnCreation runInBackground"
-  local record="--title --prefix --suffix --file --executable --no-executable --enabled --disabled"
+  local record="--title --prefix --suffix --file --executable --no-executable --enabled --disabled
+    --shortcut --no-shortcut"
   local command=${COMP_WORDS[1]} words=
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    words="template set get grant grants revoke new notify --help --version"
+    words="template shortcuts set get grant grants revoke new notify --help --version"
   else
     case $command in
       template)
@@ -28,7 +29,7 @@ _quennelctl() {
               compopt -o filenames
               return
               ;;
-            *:--title | *:--prefix | *:--suffix) return ;;
+            *:--title | *:--prefix | *:--suffix | *:--shortcut) return ;;
             list:*) words="--plain --help" ;;
             add:*)
               words="$record --help"
@@ -61,7 +62,7 @@ _quennelctl() {
         compopt -o filenames
         return
         ;;
-      grants) words="--plain --help" ;;
+      grants | shortcuts) words="--plain --help" ;;
       revoke)
         local IFS=$'\n'
         mapfile -t COMPREPLY < <(compgen -W "$(_quennelctl_grants "${COMP_WORDS[0]}")" -- "$current")

@@ -47,6 +47,8 @@ _quennelctl_template() {
     '(--executable)--no-executable[they cannot]'
     '(--disabled)--enabled[menus offer the template]'
     '(--enabled)--disabled[they do not]'
+    '(--no-shortcut)--shortcut=[keys that make a file in the folder in front]:keys'
+    '(--shortcut)--no-shortcut[no such keys]'
     '--help[say more about the command]'
   )
   if ((CURRENT == 2)); then
@@ -68,6 +70,7 @@ _quennelctl_template() {
 _quennelctl() {
   local -a commands=(
     'template:keep the templates'
+    'shortcuts:show the keyboard shortcuts'
     'set:turn a setting on or off'
     'get:print a setting'
     'grant:let the helper write in a folder'
@@ -88,6 +91,7 @@ _quennelctl() {
     set) _arguments '1:setting:_quennelctl_switches' '2:value:(yes no)' ;;
     get) _arguments '1:setting:_quennelctl_switches' ;;
     grant) _arguments '1:folder:_files -/' ;;
+    shortcuts) _arguments '--plain[one shortcut a line, for scripts]' '--help[say more]' ;;
     grants) _arguments '--plain[one folder a line, for scripts]' '--help[say more]' ;;
     revoke) _arguments '1:folder:_quennelctl_grants' ;;
     new) _arguments '1:template:_quennelctl_templates' '2:folder:_files -/' ;;

@@ -26,6 +26,7 @@ class CompletionTest : public QuennelctlTest {
 
 TEST_F(CompletionTest, BashOffersCommands) {
   EXPECT_EQ(offered("t"), "template\n");
+  EXPECT_EQ(offered("sh"), "shortcuts\n");
   EXPECT_EQ(offered("template ''"), "list\nadd\nedit\nremove\nmove\n--help\n");
 }
 
@@ -33,6 +34,7 @@ TEST_F(CompletionTest, BashOffersOptions) {
   EXPECT_EQ(offered("template list --p"), "--plain\n");
   EXPECT_EQ(offered("template add --e"), "--executable\n--enabled\n");
   EXPECT_EQ(offered("template edit 0 --t"), "--title\n");
+  EXPECT_EQ(offered("template edit 0 --sh"), "--shortcut\n");
 }
 
 TEST_F(CompletionTest, BashOffersSettingsAndTheirValues) {
