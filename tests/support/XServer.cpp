@@ -3,6 +3,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace quennel::test {
@@ -76,11 +77,23 @@ std::string XServer::windowProperty(const std::string& window, const std::string
 
 void XServer::pressKey(const std::string& key) const { outputOf({"xdotool", "key", key}); }
 
-void XServer::type(const std::string& text) const { outputOf({"xdotool", "type", text}); }
+void XServer::type(const std::string& text) const {
+  // It takes the text for what the locale says it is.
+  outputOf({"env", "LC_ALL=C.UTF-8", "xdotool", "type", text});
+}
 
 void XServer::click(const std::string& window, int x, int y) const {
   outputOf({"xdotool", "mousemove", "--sync", "--window", window, std::to_string(x),
             std::to_string(y), "click", "1"});
+}
+
+std::pair<int, int> XServer::windowSize(const std::string& window) const {
+  const std::string geometry = outputOf({"xdotool", "getwindowgeometry", "--shell", window});
+  const auto number = [&](const std::string& key) {
+    const std::size_t start = geometry.find(key);
+    return start == std::string::npos ? 0 : std::atoi(geometry.c_str() + start + key.size());
+  };
+  return {number("WIDTH="), number("HEIGHT=")};
 }
 
 std::size_t XServer::countWindows(const std::string& title) const {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/EnvironmentVariable.h"
@@ -41,6 +42,9 @@ class XServer {
 
   /// Clicks the window with the left button, so many pixels from its left and its top.
   void click(const std::string& window, int x, int y) const;
+
+  /// Width and height of the window, in pixels.
+  std::pair<int, int> windowSize(const std::string& window) const;
 
   /// How many windows of exactly that title are on the screen.
   std::size_t countWindows(const std::string& title) const;
