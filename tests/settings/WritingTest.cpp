@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <set>
 
@@ -141,6 +142,16 @@ plistlib.dump({'uid': plistlib.UID(7), 'date': datetime.datetime(1, 1, 1), 'real
   defaults.removeObjectForKey("uid");
   ASSERT_TRUE(defaults.synchronize());
   EXPECT_EQ(askPython("print('uid' in plistlib.load(open(path, 'rb')))", path), "False\n");
+}
+
+TEST_F(Writing, ABinaryFileKeepsAnyDateToTheMicrosecond) {
+  using namespace std::chrono;
+  askPython("plistlib.dump({}, open(path, 'wb'), fmt=plistlib.FMT_BINARY)", path);
+  for (const auto day : {1800y / January / 1, 1999y / December / 31, 2248y / October / 16}) {
+    const PropertyList date = PropertyList::Date(sys_days(day) + microseconds(1'234'567));
+    ASSERT_TRUE(store(date, "date"));
+    EXPECT_EQ(defaults.objectForKey("date"), date);
+  }
 }
 
 TEST_F(Writing, AChangedListKeepsTheReferencesInIt) {

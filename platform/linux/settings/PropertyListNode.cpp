@@ -90,7 +90,7 @@ PropertyList dateOfSeconds(double sinceEpoch) {
   }
   // In microseconds: in nanoseconds a double shows digits that nobody stored.
   // Counted from 1970: from 2001 on, the nanoseconds back to the first dates do not fit.
-  return Date(microseconds(std::llround(sinceEpoch * 1e6)) +
+  return Date(microseconds(std::llround(static_cast<long double>(sinceEpoch) * 1e6L)) +
               duration_cast<microseconds>(epoch.time_since_epoch()));
 }
 
@@ -180,16 +180,30 @@ PropertyListNode nodeOfInteger(std::int64_t number) {
                     : owned(plist_new_uint(static_cast<std::uint64_t>(number)));
 }
 
-PropertyListNode nodeOfDate(PropertyList::Date date) {
-  const auto whole = std::chrono::floor<seconds>(date.time_since_epoch()) -
-                     duration_cast<seconds>(epoch.time_since_epoch());
-  if (!std::in_range<std::int32_t>(whole.count())) {
-    const std::string text = PropertyList(date).description();
-    return owned(nodeOfXML("<plist><date>" + text + "</date></plist>").release());
+void appendBigEndian(std::string& bytes, std::uint64_t number) {
+  for (int shift = 56; shift >= 0; shift -= 8) {
+    bytes.push_back(static_cast<char>(number >> shift & 0xFF));
   }
-  const auto rest = duration_cast<microseconds>(date - epoch - whole);
-  return owned(plist_new_date(static_cast<std::int32_t>(whole.count()),
-                              static_cast<std::int32_t>(rest.count())));
+}
+
+/// A binary property list that is this date alone. The parser's own constructor has room for 68
+/// years before and after 2001 only, and its XML form for whole seconds.
+std::string binaryOfDate(PropertyList::Date date) {
+  const auto time = std::chrono::floor<microseconds>(date.time_since_epoch()) -
+                    duration_cast<microseconds>(epoch.time_since_epoch());
+  const auto sinceEpoch = static_cast<double>(static_cast<long double>(time.count()) / 1e6L);
+  std::string bytes = "bplist00\x33";
+  appendBigEndian(bytes, std::bit_cast<std::uint64_t>(sinceEpoch));
+  // Where the date is; then the sizes of such a place and of a reference, a byte each.
+  bytes.append("\x08\0\0\0\0\0\0\1\1", 9);
+  appendBigEndian(bytes, 1);   // values in all
+  appendBigEndian(bytes, 0);   // the topmost of them
+  appendBigEndian(bytes, 17);  // where the places are listed
+  return bytes;
+}
+
+PropertyListNode nodeOfDate(PropertyList::Date date) {
+  return owned(nodeOfBinary(binaryOfDate(date)).release());
 }
 
 const std::string& storable(const std::string& text) {
