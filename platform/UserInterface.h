@@ -10,6 +10,8 @@
 
 namespace quennel {
 
+class Windowing;
+
 /// The presentation of an alert; the numbers are those of the platform the texts were written for.
 enum class AlertStyle { Informational = 1, Critical = 2 };
 
@@ -65,6 +67,9 @@ class UserInterface {
 
   /// A panel that is not shown yet. Never null.
   virtual std::unique_ptr<SavePanel> savePanel() = 0;
+
+  /// Null where no window can be made. Lives as long as this.
+  virtual Windowing* windowing() = 0;
 
   /// The token by which the sender of the request that is being served lets what it leads to come
   /// to the front; empty for none. Good for the next thing shown.

@@ -2,6 +2,7 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtGui/QTextDocument>
 #include <QtWidgets/QWidget>
 
 #include "platform/values/Path.h"
@@ -28,6 +29,11 @@ QString nearestFolder(std::string path) {
     name = QFile::decodeName(path.c_str());
   }
   return name;
+}
+
+QString toolTipText(const std::string& text) {
+  const QString tip = QString::fromStdString(text);
+  return Qt::mightBeRichText(tip) ? tip.toHtmlEscaped() : tip;
 }
 
 }  // namespace quennel

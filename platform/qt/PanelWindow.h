@@ -21,4 +21,7 @@ QString buttonTitle(const std::string& text);
 /// The folder, or the nearest one above it that is there and whose name the toolkit can express.
 QString nearestFolder(std::string path);
 
+/// A tool tip's text as it is, even when it looks like markup.
+QString toolTipText(const std::string& text);
+
 }  // namespace quennel

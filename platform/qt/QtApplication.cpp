@@ -7,6 +7,7 @@
 #include <QtCore/QLocale>
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTranslator>
+#include <QtGui/QDrag>
 #include <QtGui/QIcon>
 #include <QtWidgets/QDialog>
 #include <clocale>
@@ -21,6 +22,7 @@ char programName[] = "quennelhelper";
 char platformOption[] = "-platform";
 
 void dismissEverything() {
+  QDrag::cancel();
   while (QWidget* const popup = QApplication::activePopupWidget()) {
     popup->close();
   }

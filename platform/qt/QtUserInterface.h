@@ -7,6 +7,7 @@
 
 #include "platform/UserInterface.h"
 #include "platform/qt/BegunPanels.h"
+#include "platform/qt/QtWindowing.h"
 
 namespace quennel {
 
@@ -20,12 +21,16 @@ class QtUserInterface : public UserInterface {
  public:
   /// Neither is owned.
   QtUserInterface(RunLoop& runLoop, const Bundle& bundle)
-      : _runLoop(runLoop), _bundle(bundle), _begunPanels(runLoop) {}
+      : _runLoop(runLoop),
+        _bundle(bundle),
+        _begunPanels(runLoop),
+        _windowing(runLoop, bundle, [this] { return application(); }) {}
 
   int runModal(const Alert& alert) override;
   std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override;
   void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override;
   std::unique_ptr<SavePanel> savePanel() override;
+  Windowing* windowing() override { return &_windowing; }
   void setActivationToken(const std::string& token) override { _activationToken = token; }
   void activateIgnoringOtherApps() override;
   std::optional<std::string> localizedDescriptionOfFileExtension(
@@ -44,6 +49,7 @@ class QtUserInterface : public UserInterface {
   const Bundle& _bundle;
   std::weak_ptr<QtApplication> _application;
   BegunPanels _begunPanels;
+  QtWindowing _windowing;
   std::string _activationToken;
 };
 

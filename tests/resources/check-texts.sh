@@ -7,8 +7,10 @@ for tool in xgettext msgcmp; do
 done
 
 used=$(mktemp)
-trap 'rm -f "$used"' EXIT
-find app creation access shortcuts installui platform watch -name '*.cpp' -o -name '*.h' |
-  sort | xgettext --files-from=- --language=C++ --from-code=UTF-8 --force-po \
+interfaces=$(mktemp --suffix=.cpp)
+trap 'rm -f "$used" "$interfaces"' EXIT
+sed -n 's|.*<string>\(.*\)</string>.*|localizedText("\1");|p' resources/*.ui >"$interfaces"
+{ find app creation access shortcuts installui platform watch -name '*.cpp' -o -name '*.h' |
+  sort && echo "$interfaces"; } | xgettext --files-from=- --language=C++ --from-code=UTF-8 --force-po \
     --keyword --keyword=localizedStringForKey --keyword=localizedText --output="$used"
 msgcmp --use-untranslated resources/po/quennelhelper.pot "$used"

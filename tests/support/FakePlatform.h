@@ -40,24 +40,40 @@ struct FakePlatform {
   FakeSound sound{log};
   FakeKernelQueueFactory kernelQueues;
 
-  Platform platform() { return platformWith(userScripts); }
-  Platform platformWith(UserScripts& scripts) {
-    return {.runLoop = runLoop,
+  /// What a test has of the real desktop; the rest is fakes.
+  struct Real {
+    RunLoop* runLoop = nullptr;
+    Bundle* mainBundle = nullptr;
+    FileManager* fileManager = nullptr;
+    SecurityScope* securityScope = nullptr;
+    UserInterface* userInterface = nullptr;
+    UserScripts* userScripts = nullptr;
+  };
+
+  Platform platform() { return platformWith({}); }
+  Platform platformWith(const Real& real) {
+    return {.runLoop = *either<RunLoop>(real.runLoop, runLoop),
             .sharedDefaults = sharedDefaults,
             .standardDefaults = standardDefaults,
-            .mainBundle = mainBundle,
-            .fileManager = fileManager,
-            .securityScope = securityScope,
+            .mainBundle = *either<Bundle>(real.mainBundle, mainBundle),
+            .fileManager = *either<FileManager>(real.fileManager, fileManager),
+            .securityScope = *either<SecurityScope>(real.securityScope, securityScope),
             .workspace = workspace,
             .volumeEvents = volumeEvents,
             .workspaceNotificationCenter = workspaceNotificationCenter,
             .kernelQueues = kernelQueues,
             .distributedNotificationCenter = distributedNotificationCenter,
             .urlEvents = urlEvents,
-            .userInterface = userInterface,
-            .userScripts = scripts,
+            .userInterface = *either<UserInterface>(real.userInterface, userInterface),
+            .userScripts = *either<UserScripts>(real.userScripts, userScripts),
             .hotKeyCenter = hotKeyCenter,
             .sound = sound};
+  }
+
+ private:
+  template <typename Port>
+  static Port* either(Port* real, Port& fake) {
+    return real ? real : &fake;
   }
 };
 

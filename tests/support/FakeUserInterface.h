@@ -12,6 +12,7 @@
 #include "platform/UserInterface.h"
 #include "tests/support/CallLog.h"
 #include "tests/support/FakeSavePanel.h"
+#include "tests/support/FakeWindowing.h"
 
 namespace quennel::test {
 
@@ -19,7 +20,7 @@ namespace quennel::test {
 /// main queue) is the test's to say in `whileShown`.
 class FakeUserInterface : public UserInterface {
  public:
-  explicit FakeUserInterface(CallLog& log) : _log(log) {}
+  explicit FakeUserInterface(CallLog& log) : windows(log), _log(log) {}
 
   std::vector<Alert> alerts;
   /// The buttons to press, in order; when none is left the last button of the alert is.
@@ -34,6 +35,10 @@ class FakeUserInterface : public UserInterface {
   std::function<void(const OpenPanel&)> whilePanelShown;
   /// What the user does in a save panel; without it the panel is cancelled.
   std::function<ModalResponse(FakeSavePanel&)> whileSavePanelShown;
+
+  FakeWindowing windows;
+
+  Windowing* windowing() override { return &windows; }
 
   int runModal(const Alert& alert) override {
     alerts.push_back(alert);

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/values/Geometry.h"
+
 namespace quennel {
 
 /// What the X library hands out to be freed.
@@ -18,15 +20,6 @@ struct FreeMemory {
 };
 template <typename T>
 using XReply = std::unique_ptr<T, FreeMemory>;
-
-struct Point {
-  int x;
-  int y;
-};
-struct Size {
-  int width;
-  int height;
-};
 
 /// A connection to the X server. A window that has gone away reads as one without properties.
 class XDisplay {

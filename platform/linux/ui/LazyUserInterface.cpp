@@ -35,6 +35,11 @@ void LazyUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& com
   _runLoop.dispatchAsync([completion, choice = runOnStandardError(panel)] { completion(choice); });
 }
 
+Windowing* LazyUserInterface::windowing() {
+  UserInterface* const userInterface = loaded();
+  return userInterface ? userInterface->windowing() : nullptr;
+}
+
 void LazyUserInterface::setActivationToken(const std::string& token) { _activationToken = token; }
 
 std::unique_ptr<SavePanel> LazyUserInterface::savePanel() {

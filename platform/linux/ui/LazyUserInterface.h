@@ -25,6 +25,7 @@ class LazyUserInterface : public UserInterface {
   std::optional<std::string> runModalOpenPanel(const OpenPanel& panel) override;
   void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override;
   std::unique_ptr<SavePanel> savePanel() override;
+  Windowing* windowing() override;
   void setActivationToken(const std::string& token) override;
   /// Brings to the front what is shown now. What is shown later comes to the front by itself, so
   /// that nothing is loaded for this.
