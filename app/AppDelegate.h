@@ -22,6 +22,7 @@
 
 namespace quennel {
 
+class InstallScriptWindowController;
 struct Notification;
 struct URLEvent;
 
@@ -144,8 +145,12 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
 
   /// Whether the user script is installed; one that is not is installed first if the user agrees.
   bool checkAndInstallScripts();
-  /// Lets the user install it; answers whether it is installed then.
+  /// Lets the user drag it into the scripts folder; answers whether it is there then.
   bool installScriptManually();
+  /// The controller of the window for this, while the window is there.
+  const std::shared_ptr<InstallScriptWindowController>& installScriptWindowController() const {
+    return _installScriptWindowController;
+  }
 
  private:
   using Action = void (AppDelegate::*)(const std::string& name, const PTHotKey& sender);
@@ -166,6 +171,8 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
                            const FileTemplate& template_);
   void finishNewItem(const std::string& path, const FileTemplate& template_);
   void runPostCreationActions(const std::string& path);
+  void runInstallScriptWindow(const std::optional<std::string>& source,
+                              const std::optional<std::string>& folder);
   void reportFailedFolderQuery(const Error& error) const;
   void reportInvalidFolder(const std::optional<std::string>& answer) const;
   bool askForScriptsFolder(const std::string& folder);
@@ -182,6 +189,7 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   /// The actions that have been resolved, by name.
   std::map<std::string, Action> _actions;
   std::set<std::string> _openedURLs;
+  std::shared_ptr<InstallScriptWindowController> _installScriptWindowController;
   std::vector<std::unique_ptr<Registration>> _observers;
   std::unique_ptr<Registration> _urlHandler;
   std::unique_ptr<Registration> _volumeObserver;

@@ -1,10 +1,18 @@
+#include <chrono>
+#include <memory>
+
 #include "app/AppDelegate.h"
+#include "installui/InstallScriptWindowController.h"
 #include "platform/Bundle.h"
 #include "platform/FileManager.h"
+#include "platform/RunLoop.h"
 #include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
+#include "platform/UserInterface.h"
 #include "platform/UserScripts.h"
+#include "platform/Windowing.h"
 #include "platform/Workspace.h"
+#include "platform/values/Path.h"
 #include "shortcuts/UserScript.h"
 
 namespace quennel {
@@ -70,15 +78,37 @@ bool AppDelegate::installScript(const std::string& folder) {
   return answer == UserInterface::alertFirstButtonReturn && installScriptManually();
 }
 
-// So far the user is shown the folder and left alone: a window that holds the script, to be dragged
-// there, has yet to come.
 bool AppDelegate::installScriptManually() {
   const auto folder = _platform.userScripts.applicationScriptsDirectory();
-  if (!folder) {
-    return false;
+  if (folder) {
+    // So that the user sees it beside the window.
+    _platform.workspace.openFile(*folder);
   }
-  _platform.workspace.openFile(*folder);
-  return _platform.fileManager.fileExistsAtPath(userScriptPath(folder));
+  const auto source = _platform.mainBundle.pathForResource("QuennelHelper", "sh");
+  runInstallScriptWindow(source, folder);
+  const std::string name = lastPathComponent(source.value_or(""));
+  return folder && source &&
+         _platform.fileManager.fileExistsAtPath(appendingPathComponent(*folder, name));
+}
+
+void AppDelegate::runInstallScriptWindow(const std::optional<std::string>& source,
+                                         const std::optional<std::string>& folder) {
+  constexpr std::chrono::milliseconds delay{300};
+  const auto controller = std::make_shared<InstallScriptWindowController>(_platform);
+  _installScriptWindowController = controller;
+  controller->setScriptPath(source);
+  controller->setDestDir(folder);
+  _platform.runLoop.dispatchAfter(delay,
+                                  [this] { _platform.userInterface.activateIgnoringOtherApps(); });
+  if (Window* const window = controller->window()) {
+    _platform.userInterface.windowing()->runModalForWindow(*window);
+  }
+  // Not one that has taken its place since.
+  _platform.runLoop.dispatchAfter(delay, [this, ended = std::weak_ptr(controller)] {
+    if (_installScriptWindowController == ended.lock()) {
+      _installScriptWindowController.reset();
+    }
+  });
 }
 
 }  // namespace quennel

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "installui/InstallScriptWindowController.h"
 #include "tests/support/AppDelegateTest.h"
 
 namespace quennel::test {
@@ -152,6 +153,121 @@ TEST_F(ScriptInstallation, AResourceThatIsMissingFailsLikeAnyCopy) {
   EXPECT_FALSE(delegate->checkAndInstallScripts());
   EXPECT_EQ(alerts().size(), 1u);
   EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+class ManualInstallation : public ScriptInstallation {
+ protected:
+  void userDropsTheScriptInto(const std::string& path) {
+    fakes.userInterface.windows.whileWindowShown = [this, path] {
+      shown().icon.responder->namesOfPromisedFilesDroppedAtDestination(path);
+    };
+  }
+  ShownInstallWindow& shown() { return fakes.userInterface.windows.installWindow; }
+};
+
+TEST_F(ManualInstallation, FollowsAFailedCopyWhenTheUserWantsIt) {
+  userChooses(folder);
+  copyingFails();
+  fakes.userInterface.answers = {UserInterface::alertFirstButtonReturn};
+  userDropsTheScriptInto(folder);
+  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(exists(installed));
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(ManualInstallation, ShowsTheFolderBesideTheWindow) {
+  delegate->installScriptManually();
+  EXPECT_EQ(fakes.workspace.opened, std::vector<std::string>{folder});
+  EXPECT_EQ(fakes.log.calls(), (std::vector<std::string>{"open", "window"}));
+}
+
+TEST_F(ManualInstallation, TellsTheWindowWhatToInstallWhere) {
+  fakes.userInterface.windows.whileWindowShown = [this] {
+    const auto& controller = delegate->installScriptWindowController();
+    ASSERT_NE(controller, nullptr);
+    EXPECT_EQ(controller->scriptPath(), source);
+    EXPECT_EQ(controller->destDir(), folder);
+    EXPECT_EQ(shown().filename.text, "QuennelHelper.sh");
+  };
+  delegate->installScriptManually();
+}
+
+TEST_F(ManualInstallation, EndsWhenTheScriptIsInItsFolder) {
+  fakes.userInterface.windows.whileWindowShown = [this] {
+    shown().icon.responder->namesOfPromisedFilesDroppedAtDestination("/d");
+    EXPECT_TRUE(fakes.userInterface.windows.isModal);
+    shown().icon.responder->namesOfPromisedFilesDroppedAtDestination(folder);
+    EXPECT_FALSE(fakes.userInterface.windows.isModal);
+  };
+  EXPECT_TRUE(delegate->installScriptManually());
+}
+
+TEST_F(ManualInstallation, FailsWhenTheWindowIsClosedBefore) {
+  EXPECT_FALSE(delegate->installScriptManually());
+  EXPECT_TRUE(alerts().empty());
+}
+
+TEST_F(ManualInstallation, SucceedsHoweverTheScriptCameThere) {
+  fakes.userInterface.windows.whileWindowShown = [this] {
+    fakes.fileManager.addFile(installed, "copied in a terminal");
+    fakes.userInterface.windows.installWindow.close();
+  };
+  EXPECT_TRUE(delegate->installScriptManually());
+}
+
+TEST_F(ManualInstallation, ComesToTheFrontOnceTheFolderHasOpened) {
+  fakes.userInterface.windows.whileWindowShown = [this] {
+    fakes.runLoop.advance(299ms);
+    EXPECT_EQ(fakes.userInterface.activations, 0);
+    fakes.runLoop.advance(1ms);
+    EXPECT_EQ(fakes.userInterface.activations, 1);
+  };
+  delegate->installScriptManually();
+  EXPECT_EQ(fakes.userInterface.activations, 1);
+}
+
+TEST_F(ManualInstallation, KeepsItsWindowALittleLonger) {
+  delegate->installScriptManually();
+  fakes.runLoop.advance(299ms);
+  EXPECT_NE(delegate->installScriptWindowController(), nullptr);
+  EXPECT_NE(shown().owner, nullptr);
+  fakes.runLoop.advance(1ms);
+  EXPECT_EQ(delegate->installScriptWindowController(), nullptr);
+  EXPECT_EQ(shown().owner, nullptr);
+}
+
+TEST_F(ManualInstallation, ReportsAFailureEvenWhenTheWindowIsClosedAtOnce) {
+  fakes.fileManager.protectedPaths = {folder};
+  userDropsTheScriptInto(folder);
+  fakes.userInterface.whileShown = [this](const Alert&) { fakes.runLoop.advance(10s); };
+  EXPECT_FALSE(delegate->installScriptManually());
+  fakes.runLoop.advance(10s);
+  ASSERT_EQ(alerts().size(), 1u);
+  EXPECT_EQ(alerts()[0].messageText, "Unable to install script!");
+}
+
+TEST_F(ManualInstallation, MayFollowAnotherAtOnce) {
+  delegate->installScriptManually();
+  fakes.userInterface.windows.whileWindowShown = [this] {
+    fakes.runLoop.advance(10s);
+    EXPECT_NE(delegate->installScriptWindowController(), nullptr);
+    EXPECT_TRUE(shown().isOpen);
+  };
+  delegate->installScriptManually();
+  fakes.runLoop.advance(10s);
+  EXPECT_EQ(delegate->installScriptWindowController(), nullptr);
+}
+
+TEST_F(ManualInstallation, FailsAtOnceWithoutADisplay) {
+  fakes.userInterface.windows.hasDisplay = false;
+  EXPECT_FALSE(delegate->installScriptManually());
+  EXPECT_EQ(fakes.log.calls(), std::vector<std::string>{"open"});
+}
+
+TEST_F(ManualInstallation, FailsWithoutAScriptsFolder) {
+  fakes.userScripts.directory.reset();
+  EXPECT_FALSE(delegate->installScriptManually());
+  EXPECT_TRUE(fakes.workspace.opened.empty());
 }
 
 TEST_F(ScriptInstallation, TextsAreTranslated) {
