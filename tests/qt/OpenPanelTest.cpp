@@ -274,8 +274,10 @@ TEST_F(OpenPanelOnScreen, AnAlertMayBeShownWhileAPanelStandsThere) {
 }
 
 TEST_F(OpenPanelOnScreen, TerminatingClosesThePanelAndItDoesNotAnswer) {
-  loop.dispatchAsync([&] { begin(panel(folder("Work"))); });
-  loop.dispatchAfter(milliseconds(50), [&] { loop.terminate(); });
+  loop.dispatchAsync([&] {
+    begin(panel(folder("Work")));
+    loop.dispatchAfter(milliseconds(20), [&] { loop.terminate(); });
+  });
   loop.run();
   EXPECT_TRUE(choices.empty());
   EXPECT_EQ(shownPanel(), nullptr);
