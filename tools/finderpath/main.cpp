@@ -9,10 +9,12 @@
 #include <system_error>
 
 #include "tools/finderpath/FrontFolder.h"
+#include "tools/finderpath/Turn.h"
 
 int main() {
   std::setlocale(LC_MESSAGES, "");
   bind_textdomain_codeset("nautilus", "UTF-8");
+  const quennel::Turn turn;
   const auto folder = quennel::frontFolder();
   std::error_code ignored;
   if (!folder || !std::filesystem::is_directory(*folder, ignored)) {
