@@ -39,8 +39,9 @@ constexpr auto help =
 /// Everything the helper is made of, in the order in which the parts need each other.
 class Helper {
  public:
-  explicit Helper(EventRunLoop& runLoop, SessionBus& bus, BusURLEvents& urlEvents)
+  Helper(EventRunLoop& runLoop, SessionBus& bus, BusURLEvents& urlEvents, BusHotKeyList& hotKeyList)
       : _runLoop(runLoop),
+        _hotKeyList(hotKeyList),
         _sharedDefaults(PropertyListUserDefaults::pathForDomain(sharedSuiteName)),
         _standardDefaults(PropertyListUserDefaults::pathForDomain(_bundle.bundleIdentifier())),
         _workspace(runLoop, bus),
@@ -50,7 +51,6 @@ class Helper {
         _userScripts(_bundle),
         _hotKeyCenter(runLoop, openHotKeysOfSession(bus, _bundle.bundleIdentifier(),
                                                     _bundle.hotKeyModulePath())),
-        _hotKeyList(bus, _hotKeyCenter),
         _sound(_bundle),
         _delegate({.runLoop = runLoop,
                    .sharedDefaults = _sharedDefaults,
@@ -73,6 +73,7 @@ class Helper {
     _runLoop.setWillTerminateHandler([this] { _delegate.applicationWillTerminate(); });
     _delegate.applicationWillFinishLaunching();
     _delegate.applicationDidFinishLaunching();
+    _hotKeyList.setCenter(_hotKeyCenter);
     _runLoop.run();
   }
 
@@ -83,6 +84,7 @@ class Helper {
 
  private:
   EventRunLoop& _runLoop;
+  BusHotKeyList& _hotKeyList;
   PrefixBundle _bundle;
   PropertyListUserDefaults _sharedDefaults;
   PropertyListUserDefaults _standardDefaults;
@@ -97,7 +99,6 @@ class Helper {
   LazyUserInterface _userInterface;
   LinuxUserScripts _userScripts;
   DesktopHotKeyCenter _hotKeyCenter;
-  BusHotKeyList _hotKeyList;
   CanberraSound _sound;
   AppDelegate _delegate;
 };
@@ -105,12 +106,13 @@ class Helper {
 void serve(const std::vector<std::string>& urls) {
   EventRunLoop runLoop;
   SessionBus bus(runLoop);
+  BusHotKeyList hotKeyList(bus);
   BusURLEvents urlEvents(bus);
   const auto role = urlEvents.claim(urls);
   if (role == BusURLEvents::Role::HandedOver || role == BusURLEvents::Role::Terminated) {
     return;
   }
-  Helper helper(runLoop, bus, urlEvents);
+  Helper helper(runLoop, bus, urlEvents, hotKeyList);
   helper.run();
   for (const auto& url : urlEvents.release()) {
     helper.handleLate(url);

@@ -2,6 +2,7 @@
 #include <systemd/sd-bus.h>
 
 #include <cerrno>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <set>
@@ -46,7 +47,8 @@ class BusHotKeyListTest : public testing::Test {
     _bus.emplace();
     _helper.emplace(_loop, _bus->address());
     _asker.emplace(_loop, _bus->address());
-    _list.emplace(*_helper, _center);
+    _list.emplace(*_helper);
+    _list->setCenter(_center);
   }
 
   void add(const std::string& name, const PropertyList& keyCombo) {
@@ -89,6 +91,16 @@ class BusHotKeyListTest : public testing::Test {
 };
 
 using Lines = std::vector<std::string>;
+
+TEST_F(BusHotKeyListTest, KeepsQuestionsThatComeBeforeTheKeys) {
+  _list.reset();
+  _list.emplace(*_helper);
+  _loop.dispatchAfter(std::chrono::milliseconds(20), [this] {
+    add("key", "Ctrl+Alt+M");
+    _list->setCenter(_center);
+  });
+  EXPECT_EQ(listed(), Lines{"key yes"});
+}
 
 TEST_F(BusHotKeyListTest, IsEmptyBeforeTheFirstKey) { EXPECT_EQ(listed(), Lines{}); }
 

@@ -1,9 +1,8 @@
 #include "platform/linux/keys/BusHotKeyList.h"
 
-#include <memory>
 #include <string>
+#include <utility>
 
-#include "platform/linux/bus/BusTypes.h"
 #include "platform/linux/bus/BusURLEvents.h"
 
 namespace quennel {
@@ -34,8 +33,7 @@ const sd_bus_vtable BusHotKeyList::methods[] = {
                              SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END};
 
-BusHotKeyList::BusHotKeyList(SessionBus& bus, const DesktopHotKeyCenter& center)
-    : _bus(bus), _center(center) {
+BusHotKeyList::BusHotKeyList(SessionBus& bus) : _bus(bus) {
   sd_bus_slot* slot = nullptr;
   if (_bus.isOpen() && sd_bus_add_object_vtable(_bus.connection(), &slot, BusURLEvents::objectPath,
                                                 interfaceName, methods, this) >= 0) {
@@ -47,9 +45,22 @@ BusHotKeyList::BusHotKeyList(SessionBus& bus, const DesktopHotKeyCenter& center)
 /// may change it.
 int BusHotKeyList::list(sd_bus_message* message, void* self, sd_bus_error*) {
   auto* const keys = static_cast<BusHotKeyList*>(self);
-  const std::shared_ptr<sd_bus_message> call(sd_bus_message_ref(message), UnrefBusMessage());
-  keys->_bus.runLoop().dispatchAsync([keys, call] { keys->answer(call.get()); });
+  keys->_calls.emplace_back(sd_bus_message_ref(message));
+  keys->_bus.runLoop().dispatchAsync([keys] { keys->answerCalls(); });
   return 1;
+}
+
+void BusHotKeyList::setCenter(const DesktopHotKeyCenter& center) {
+  _center = &center;
+  answerCalls();
+}
+
+void BusHotKeyList::answerCalls() {
+  if (_center) {
+    for (const BusMessage& call : std::exchange(_calls, {})) {
+      answer(call.get());
+    }
+  }
 }
 
 /// A call that cannot be answered ends by its own time limit.
@@ -60,7 +71,7 @@ void BusHotKeyList::answer(sd_bus_message* call) const {
   }
   const BusMessage reply(message);
   if (sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "(sbs)") >= 0 &&
-      appendKeys(message, _center) >= 0 && sd_bus_message_close_container(message) >= 0) {
+      appendKeys(message, *_center) >= 0 && sd_bus_message_close_container(message) >= 0) {
     static_cast<void>(sd_bus_send(_bus.connection(), message, nullptr));
   }
 }
