@@ -108,6 +108,14 @@ TEST_F(WithoutDisplay, AnAlertAnswersItsLastButton) {
   });
 }
 
+TEST_F(WithoutDisplay, OpenPanelsGoToStandardErrorAndAreDismissed) {
+  const OpenPanel panel{
+      .title = "Quennel", .message = "A folder is needed.", .prompt = "OK", .directory = "/d"};
+  EXPECT_EQ(
+      standardErrorOf([&] { EXPECT_EQ(userInterface.runModalOpenPanel(panel), std::nullopt); }),
+      "Quennel: A folder is needed. (/d)\n");
+}
+
 TEST_F(WithoutDisplay, TextsThatAreAbsentLeaveNoTrace) {
   Alert alert;
   alert.messageText = "Only a title!";

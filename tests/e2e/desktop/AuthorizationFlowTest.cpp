@@ -72,6 +72,15 @@ TEST_F(AuthorizationFlow, AFolderAboveCoversItToo) {
   EXPECT_EQ(grants(), (std::vector<std::string>{folder(), work}));
 }
 
+TEST_F(AuthorizationFlow, TheMouseGoesToTheFolderAboveAndAuthorizesIt) {
+  const std::string panel = request();
+  const auto [width, height] = desktop().windowSize(panel);
+  desktop().click(panel, width - 79, 48);           // "Parent Directory"
+  desktop().click(panel, width - 55, height - 55);  // "Authorize"
+  EXPECT_TRUE(eventuallyExists(target + "/note.txt"));
+  EXPECT_EQ(grants(), (std::vector<std::string>{folder(), work}));
+}
+
 TEST_F(AuthorizationFlow, AnUnrelatedFolderIsRefused) { expectRefusal(_root / "unrelated"); }
 
 TEST_F(AuthorizationFlow, TheRootFolderIsRefused) { expectRefusal("/"); }
