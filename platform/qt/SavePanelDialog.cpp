@@ -11,11 +11,13 @@
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QGridLayout>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QTreeView>
 
 #include "platform/Bundle.h"
 #include "platform/PopUpButton.h"
@@ -66,6 +68,7 @@ SavePanelDialog::SavePanelDialog(const SavePanelContents& contents, const Bundle
   }
   showDirectory();
   makePlaces();
+  arrangeColumns();
   simplify();
   if (_contents.accessory) {
     makeAccessory(*_contents.accessory);
@@ -129,6 +132,14 @@ void SavePanelDialog::makePlaces() {
   setSidebarUrls(places);
   auto* const sidebar = findChild<QListView*>("sidebar");
   sidebar->setMinimumWidth(sidebar->sizeHintForColumn(0) + 2 * sidebar->frameWidth());
+}
+
+/// Room for the names, and for all of what stands beside them.
+void SavePanelDialog::arrangeColumns() {
+  QHeaderView& columns = *findChild<QTreeView*>("treeView")->header();
+  columns.setResizeContentsPrecision(0);  // of what is to be seen, not of thousands of files
+  columns.setSectionResizeMode(QHeaderView::ResizeToContents);
+  columns.setSectionResizeMode(0, QHeaderView::Stretch);
 }
 
 void SavePanelDialog::simplify() {

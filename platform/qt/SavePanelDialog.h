@@ -42,6 +42,7 @@ class SavePanelDialog : public QFileDialog {
 
  private:
   void makePlaces();
+  void arrangeColumns();
   void simplify();
   void makeAccessory(PopUpButton& view);
   void makeHint();
