@@ -9,6 +9,7 @@
 #include <QtCore/QTranslator>
 #include <QtGui/QDrag>
 #include <QtGui/QIcon>
+#include <QtGui/QPixmapCache>
 #include <QtWidgets/QDialog>
 #include <clocale>
 #include <utility>
@@ -53,6 +54,8 @@ QtApplication::QtApplication(RunLoop& runLoop, std::string platforms)
   _application.emplace(_argumentCount, _arguments);
   // The toolkit has taken over the user's locale; numbers are read and written in one form only.
   std::setlocale(LC_NUMERIC, "C");
+  // Its keys would stay behind, and be of no use to the application objects that come after.
+  QPixmapCache::setCacheLimit(0);
   QApplication::setWindowIcon(QIcon::fromTheme("document-new"));
   installTranslations();
 
