@@ -55,6 +55,14 @@ void Requester::send(const Request& request) {
   ++_unanswered;
 }
 
+void Requester::flush() { throwOnFailure(sd_bus_flush(_bus.get()), "sd_bus_flush"); }
+
+void Requester::ping(const std::string& service) {
+  throwOnFailure(sd_bus_call_method(_bus.get(), service.c_str(), "/net/brellow/QuennelHelper",
+                                    "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr, ""),
+                 "Ping");
+}
+
 void Requester::waitFor(int watch) {
   for (;;) {
     const int events = sd_bus_get_events(_bus.get());

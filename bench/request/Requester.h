@@ -25,6 +25,12 @@ class Requester {
   /// Sends the request, or as much of it as the bus takes now.
   void send(const Request& request);
 
+  /// Sends what is still to be sent.
+  void flush();
+
+  /// Asks the service for a sign of life and waits for it.
+  void ping(const std::string& service);
+
   /// Waits until `watch`, a descriptor, is readable, sending what is still to be sent. Answers are
   /// left where they are, to take no time from the service.
   void waitFor(int watch);
