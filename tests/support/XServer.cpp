@@ -104,6 +104,39 @@ std::size_t XServer::countWindows(const std::string& title) const {
              : 1 + static_cast<std::size_t>(std::count(windows.begin(), windows.end(), '\n'));
 }
 
+void XServer::moveWindow(const std::string& window, Point place) const {
+  outputOf({"xdotool", "windowmove", "--sync", window, std::to_string(place.x),
+            std::to_string(place.y)});
+}
+
+Point XServer::onScreen(const std::string& window, Point place) const {
+  const std::string geometry = outputOf({"xdotool", "getwindowgeometry", "--shell", window});
+  const auto number = [&geometry](const std::string& name) {
+    return std::stoi(geometry.substr(geometry.find(name) + name.size()));
+  };
+  return {number("\nX=") + place.x, number("\nY=") + place.y};
+}
+
+void XServer::drag(Point from, Point to) const {
+  std::vector<std::string> command{"xdotool"};
+  const auto moveTo = [&command](int x, int y) {
+    command.insert(command.end(), {"mousemove", std::to_string(x), std::to_string(y)});
+    // Programs that are dragged over answer each step.
+    command.insert(command.end(), {"sleep", "0.02"});
+  };
+  moveTo(from.x, from.y);
+  command.insert(command.end(), {"mousedown", "1"});
+  constexpr int steps = 12;
+  for (int step = 1; step <= steps; ++step) {
+    moveTo(from.x + (to.x - from.x) * step / steps, from.y + (to.y - from.y) * step / steps);
+  }
+  for (int offset = 1; offset <= 4; ++offset) {
+    moveTo(to.x + offset, to.y);
+  }
+  command.insert(command.end(), {"mouseup", "1"});
+  outputOf(command);
+}
+
 void XServer::takeScreenshot(const std::string& path) const {
   outputOf({"import", "-window", "root", path});
 }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/values/Geometry.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/Process.h"
 
@@ -42,6 +43,16 @@ class XServer {
 
   /// Clicks the window with the left button, so many pixels from its left and its top.
   void click(const std::string& window, int x, int y) const;
+
+  /// Puts the window's left upper corner there.
+  void moveWindow(const std::string& window, Point place) const;
+
+  /// A place in the window as one on the screen.
+  Point onScreen(const std::string& window, Point place) const;
+
+  /// Presses the left button at one place of the screen and lets it go at another, by a way of
+  /// several steps.
+  void drag(Point from, Point to) const;
 
   /// Width and height of the window, in pixels.
   std::pair<int, int> windowSize(const std::string& window) const;

@@ -92,7 +92,7 @@ bool FileManagerSession::isOfFileManager(const std::string& window) const {
   std::string names = _server.windowProperty(window, "WM_CLASS");
   std::transform(names.begin(), names.end(), names.begin(),
                  [](unsigned char letter) { return std::tolower(letter); });
-  return names.find('"' + _fileManager + '"') != std::string::npos;
+  return names.find(_fileManager) != std::string::npos;
 }
 
 }  // namespace quennel::test

@@ -58,6 +58,8 @@ class FileManagerSession {
   EnvironmentVariable _configurationVariable{"XDG_CONFIG_HOME", std::nullopt};
   EnvironmentVariable _dataVariable{"XDG_DATA_HOME", std::nullopt};
   EnvironmentVariable _cacheVariable{"XDG_CACHE_HOME", std::nullopt};
+  // An animation that is drawn in software leaves GTK no time for anything else.
+  EnvironmentVariable _rendererVariable{"GSK_RENDERER", "cairo"};
   std::vector<Process> _processes;
 };
 
