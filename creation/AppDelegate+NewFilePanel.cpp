@@ -8,9 +8,21 @@
 #include "platform/SavePanel.h"
 #include "platform/SecurityScope.h"
 #include "platform/UserInterface.h"
+#include "platform/values/Path.h"
 #include "platform/values/Text.h"
 
 namespace quennel {
+
+namespace {
+
+/// Whether to remove the item would remove the template.
+bool holdsTemplate(const std::string& path, const FileTemplate& template_) {
+  const std::string item = standardizingPath(path);
+  const std::string file = standardizingPath(templateText(template_, "filePath"));
+  return file == item || file.starts_with(item + "/");
+}
+
+}  // namespace
 
 void AppDelegate::showNewFilePanel(const std::optional<std::string>& dir,
                                    const FileTemplate& template_) {
@@ -57,7 +69,9 @@ void AppDelegate::makeFileAtChosenPath(const std::string& path, const FileTempla
   _platform.securityScope.allowForThisRun(path, SecurityScope::Extent::Item);
   Error error;
   FileManager& files = _platform.fileManager;
-  if (files.fileExistsAtPath(path) && !files.removeItemAtPath(path, &error)) {
+  // A template that is to replace itself stays, and the copy fails because something is there.
+  if (files.fileExistsAtPath(path) && !holdsTemplate(path, template_) &&
+      !files.removeItemAtPath(path, &error)) {
     // The count stays raised here, too.
     showAlertAfterPanel("Error removing existing file!", error.localizedDescription);
     return;

@@ -8,7 +8,7 @@
 namespace quennel {
 
 QIcon iconOfFileExtension(const std::string& extension) {
-  const QIcon anyFile = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
+  QIcon anyFile = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
   if (extension.empty()) {
     return anyFile;
   }

@@ -386,6 +386,22 @@ TEST_F(NewFilePanel, ACopyThatFailsComesAfterTheRemoval) {
   EXPECT_TRUE(fakes.workspace.opened.empty());
 }
 
+TEST_F(NewFilePanel, ATemplateIsNotLostByReplacingItOrTheFolderItIsIn) {
+  for (const auto& [folder, name] : {std::pair("/templates", "untitled.txt"), {"/", "templates"}}) {
+    answer([folder = folder, name = name](FakeSavePanel& panel) {
+      panel.setAllowedFileTypes(std::nullopt);
+      panel.directory = folder;
+      panel.name = name;
+      return ModalResponse::OK;
+    });
+    show(templateRecord("untitled", "txt"));
+    fakes.runLoop.advance(300ms);
+    EXPECT_EQ(fakes.fileManager.contentsAtPath("/templates/untitled.txt"), "Dear reader");
+    EXPECT_EQ(fakes.userInterface.alerts.back().messageText, "Error creating file!");
+    EXPECT_EQ(delegate->panelCount(), 0);
+  }
+}
+
 TEST_F(NewFilePanel, TheAlertsAreTranslatedByTheApplicationAlone) {
   fakes.mainBundle.translations["Error creating file!"] = "Fehler!";
   fakes.sharedDefaults.setObject(PropertyList::Dictionary{{"Error creating file!", "not this"}},
