@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdint>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace quennel {
@@ -34,7 +35,12 @@ EventRunLoop::EventRunLoop() {
   goToSleep();
 }
 
-EventRunLoop::~EventRunLoop() = default;
+EventRunLoop::~EventRunLoop() {
+  // The work of another thread may have run before that thread is done with the counter.
+  while (_signalling > 0) {
+    std::this_thread::yield();
+  }
+}
 
 EventSource EventRunLoop::watch(int descriptor, sd_event_io_handler_t callback) {
   sd_event_source* source = nullptr;
@@ -103,13 +109,17 @@ void EventRunLoop::dispatchAfter(std::chrono::nanoseconds delay, Work work) {
 }
 
 void EventRunLoop::enqueue(Clock::time_point due, Work work) {
-  const std::lock_guard lock(_mutex);
-  if (_closed) {
-    return;
+  bool wakes = false;
+  {
+    const std::lock_guard lock(_mutex);
+    if (_closed) {
+      return;
+    }
+    _queue.emplace(due, std::move(work));  // behind equal ones
+    wakes = _asleep && arrangeWakeUp();
   }
-  _queue.emplace(due, std::move(work));  // behind equal ones
-  if (_asleep) {
-    arrangeWakeUp();
+  if (wakes) {
+    signal();
   }
 }
 
@@ -211,9 +221,15 @@ bool EventRunLoop::dispatchEvent(Wait wait) {
 
 /// From here on whoever queues work has to see that the loop wakes in time for it.
 void EventRunLoop::goToSleep() {
-  const std::lock_guard lock(_mutex);
-  _asleep = true;
-  arrangeWakeUp();
+  bool wakes = false;
+  {
+    const std::lock_guard lock(_mutex);
+    _asleep = true;
+    wakes = arrangeWakeUp();
+  }
+  if (wakes) {
+    signal();
+  }
 }
 
 void EventRunLoop::wakeUp() {
@@ -221,23 +237,29 @@ void EventRunLoop::wakeUp() {
   _asleep = false;
 }
 
-/// Called with the lock held.
-void EventRunLoop::arrangeWakeUp() {
+/// Called with the lock held. Answers whether the caller has to call `signal` when it has let go of
+/// the lock: with it, the loop would wake only to wait for the lock.
+bool EventRunLoop::arrangeWakeUp() {
   const auto earliest = _queue.empty() ? Clock::time_point::max() : _queue.begin()->first;
   if (earliest <= Clock::now()) {
-    signal();
-  } else if (earliest != _armedFor) {
+    const bool isNews = !std::exchange(_signalled, true);
+    _signalling += isNews ? 1 : 0;
+    return isNews;
+  }
+  if (earliest != _armedFor) {
     armTimer(earliest);
   }
+  return false;
 }
 
-/// Called with the lock held. A timer that is set to a time in the past would do as well; arming it
-/// takes five times as long.
+/// A timer that is set to a time in the past would do as well; arming it takes five times as long.
 void EventRunLoop::signal() {
-  if (!_signalled && eventfd_write(_counter.get(), 1) < 0) {
-    throw std::system_error(errno, std::generic_category(), "eventfd_write");
+  const bool isDone = eventfd_write(_counter.get(), 1) == 0;
+  const int code = errno;
+  --_signalling;
+  if (!isDone) {
+    throw std::system_error(code, std::generic_category(), "eventfd_write");
   }
-  _signalled = true;
 }
 
 /// Called with the lock held.

@@ -3,6 +3,7 @@
 #include <systemd/sd-event.h>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -71,7 +72,7 @@ class EventRunLoop final : public RunLoop {
   bool dispatchEvent(Wait wait);
   void goToSleep();
   void wakeUp();
-  void arrangeWakeUp();
+  bool arrangeWakeUp();
   void signal();
   void armTimer(Clock::time_point due);
 
@@ -84,11 +85,13 @@ class EventRunLoop final : public RunLoop {
   Work _willTerminateHandler;
   bool _terminating = false;
 
+  std::atomic<int> _signalling = 0;  // how many threads are about to write to the counter
+
   std::mutex _mutex;  // guards all that follows
   std::multimap<Clock::time_point, Work> _queue;
   bool _closed = false;                                    // takes no more work
   Clock::time_point _armedFor = Clock::time_point::max();  // the timer; max: not armed
-  bool _signalled = false;                                 // the counter is written to
+  bool _signalled = false;  // the counter is written to, or about to be
   bool _asleep = false;
 };
 
