@@ -20,14 +20,6 @@ target_compile_options(
 # way of others.
 target_link_options(quennel_options INTERFACE $<$<CONFIG:Release>:-Wl,--gc-sections>)
 
-# A program with the property QUENNEL_OPTIMIZED_AS_A_WHOLE is optimized over all that is linked into it.
-# The objects also hold ordinary code, with which the many test programs are linked in less time.
-if(CMAKE_BUILD_TYPE STREQUAL Release AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  set(QUENNEL_OBJECTS_FOR_BOTH -flto=auto -ffat-lto-objects)
-  target_link_options(
-    quennel_options
-    INTERFACE $<IF:$<BOOL:$<TARGET_PROPERTY:QUENNEL_OPTIMIZED_AS_A_WHOLE>>,-flto=auto,-fno-lto>)
-endif()
 if(QUENNEL_SANITIZE)
   target_compile_options(quennel_options INTERFACE -fsanitize=${QUENNEL_SANITIZE}
                                                    -fno-omit-frame-pointer)
