@@ -131,7 +131,7 @@ bool HelperTest::ownsName() const {
   return owned != 0;
 }
 
-void HelperTest::open(const std::vector<std::string>& urls) {
+void HelperTest::open(const std::vector<std::string>& urls, const std::string& token) {
   sd_bus_message* call = nullptr;
   check(
       sd_bus_message_new_method_call(_connection->bus, &call, busName, "/net/brellow/QuennelHelper",
@@ -142,7 +142,10 @@ void HelperTest::open(const std::vector<std::string>& urls) {
     check(sd_bus_message_append(call, "s", url.c_str()), "Open's URL");
   }
   check(sd_bus_message_close_container(call), "Open's URLs");
-  check(sd_bus_message_append(call, "a{sv}", 0), "Open's platform data");
+  check(token.empty()
+            ? sd_bus_message_append(call, "a{sv}", 0)
+            : sd_bus_message_append(call, "a{sv}", 1, "activation-token", "s", token.c_str()),
+        "Open's platform data");
   const int result = sd_bus_call(_connection->bus, call, 0, nullptr, nullptr);
   sd_bus_message_unref(call);
   check(result, "Open");

@@ -29,7 +29,8 @@ class HelperTest : public testing::Test {
   bool ownsName() const;
 
   /// Calls `Open` with the URLs and waits for the answer; the bus starts the helper if need be.
-  void open(const std::vector<std::string>& urls);
+  /// `token` is what lets the helper's window come to the front.
+  void open(const std::vector<std::string>& urls, const std::string& token = {});
   /// Sends one URL and does not wait.
   void send(const std::string& url);
   /// Sends a command of the main application.
