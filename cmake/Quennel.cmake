@@ -16,9 +16,10 @@ target_compile_options(
             # Of GCC 12: a false alarm on joining texts.
             $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
             $<$<BOOL:${QUENNEL_WERROR}>:-Werror>)
-# The helper waits for most of its life: small code, and none that is not called, keeps it out of the
-# way of others.
-target_link_options(quennel_options INTERFACE $<$<CONFIG:Release>:-Wl,--gc-sections>)
+# The helper waits for most of its life: small code and relocations, and none that is not called, keep it
+# out of the way of others.
+target_link_options(quennel_options
+                    INTERFACE $<$<CONFIG:Release>:-Wl,--gc-sections,-z,pack-relative-relocs>)
 
 if(QUENNEL_SANITIZE)
   target_compile_options(quennel_options INTERFACE -fsanitize=${QUENNEL_SANITIZE}
