@@ -6,6 +6,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QStandardPaths>
+#include <QtGui/QAccessible>
 #include <QtGui/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QComboBox>
@@ -208,13 +209,24 @@ void SavePanelDialog::typedNameChanged() {
   hideExtensionOfPickedName();
   updateSaveButton();
   if (typedName().isEmpty() || leadsToFolder()) {
-    _hint->clear();
+    showHint("");
     return;
   }
   const QString path = typedPath();
   const QString name = typedName().contains('/') ? path : QFileInfo(path).fileName();
-  _hint->setText(
-      QString::fromStdString(formatted(localizedText("Full name: %@"), name.toStdString())));
+  showHint(formatted(localizedText("Full name: %@"), name.toStdString()));
+}
+
+void SavePanelDialog::showHint(const std::string& hint) {
+  const QString text = QString::fromStdString(hint);
+  _hint->setText(shortened(text));
+  _hint->setToolTip(text);
+  _nameField->setAccessibleDescription(text);
+}
+
+/// The start and the end of a text that is too long for a line.
+QString SavePanelDialog::shortened(const QString& text) const {
+  return fontMetrics().elidedText(text, Qt::ElideMiddle, comfortableSize.width() * 2 / 3);
 }
 
 /// The toolkit puts the whole name of a file that is clicked into the field.
@@ -271,7 +283,9 @@ void SavePanelDialog::accept() {
   const QString path = typedPath();
   const std::string problem = problemWith(path);
   if (!problem.empty()) {
-    _hint->setText(QString::fromStdString(problem));
+    showHint(problem);
+    QAccessibleEvent alert(_hint, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
     QApplication::beep();
     return;
   }
@@ -299,7 +313,7 @@ bool SavePanelDialog::userAgreesToReplace(const QString& path) {
   QMessageBox question(
       QMessageBox::Warning, windowTitle(),
       text(formatted(localizedText("“%@” exists already. Do you want to replace it?"),
-                     item.fileName().toStdString())),
+                     shortened(item.fileName()).toStdString())),
       QMessageBox::NoButton, this);
   question.setTextFormat(Qt::PlainText);
   question.setInformativeText(

@@ -52,6 +52,8 @@ class SavePanelDialog : public QFileDialog {
   void typedNameChanged();
   void hideExtensionOfPickedName();
   void updateSaveButton();
+  void showHint(const std::string& hint);
+  QString shortened(const QString& text) const;
 
   QString typedName() const;
   QString typedPlace() const;

@@ -306,6 +306,31 @@ TEST_F(SavePanelOnScreen, TheQuestionSaysWhenAFolderWouldBeLost) {
   EXPECT_EQ(chosen, path("folder"));
 }
 
+TEST_F(SavePanelOnScreen, ALongNameIsShownByItsStartAndItsEnd) {
+  const std::string name = "start" + std::string(200, 'W') + "end";
+  write(name + ".txt");
+  run([&](const Shown& shown) {
+    answerQuestion("Cancel", [](QMessageBox& box) {
+      EXPECT_LT(box.width(), 1000);
+      EXPECT_TRUE(box.text().contains("end.txt”"));
+    });
+    shown.type(name);
+    EXPECT_TRUE(QString::fromStdString(shown.hint()).startsWith("Full name: start"));
+    EXPECT_TRUE(QString::fromStdString(shown.hint()).endsWith("end.txt"));
+    shown.pressReturn();
+  });
+}
+
+TEST_F(SavePanelOnScreen, AssistiveTechnologyIsToldWhatTheNameComesTo) {
+  run([](const Shown& shown) {
+    shown.type("report");
+    EXPECT_EQ(shown.name().accessibleDescription(), "Full name: report.txt");
+    shown.type("missing/report");
+    shown.pressReturn();
+    EXPECT_TRUE(shown.name().accessibleDescription().startsWith("There is no folder"));
+  });
+}
+
 TEST_F(SavePanelOnScreen, AFileOfTheNameWithoutTheExtensionIsNotAskedAbout) {
   write("report");
   EXPECT_EQ(pathAfterTyping("report"), path("report.txt"));
