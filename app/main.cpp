@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -120,6 +122,8 @@ void serve(const std::vector<std::string>& urls) {
 }
 
 int main(int argc, char** argv) {
+  // Threads come for a moment, one at a time: heaps of their own would only take time and memory.
+  mallopt(M_ARENA_MAX, 1);
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   for (const auto& argument : arguments) {
     if (argument == "--help" || argument == "-h") {

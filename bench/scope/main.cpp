@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -81,6 +82,7 @@ std::string tokenFile(const std::string& root, std::size_t number) {
 
 /// Arguments: the option, the root, the folder, the template and the number of tokens.
 int createCold(char** arguments) {
+  mallopt(M_ARENA_MAX, 1);
   const EventRunLoop runLoop;
   const std::string root = arguments[2];
   const std::string path = std::string(arguments[3]) + "/new";
