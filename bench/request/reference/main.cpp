@@ -1,10 +1,14 @@
 // request-reference BUS_NAME TEMPLATE PREFIX SUFFIX: the least that makes a file of a request. A
 // service with a single template that answers `Open` of `org.freedesktop.Application` on bare
-// sd-bus and system calls: no settings, no choice, no mercy for odd input. What the helper needs
-// beyond it is what its settings, its checks and its care for the copy cost.
+// sd-bus and system calls, on a thread that can change nothing but the folder: no settings, no
+// grants, no choice, no mercy for odd input. What the helper needs beyond it is what its settings,
+// its checks and its care for the copy cost; what the confinement costs, bench/scope tells.
 
 #include <fcntl.h>
+#include <linux/landlock.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
@@ -14,6 +18,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace {
 
@@ -80,6 +85,24 @@ bool makeFile(int folder, const Template& template_) {
   return made;
 }
 
+constexpr unsigned long long readings =
+    LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR;
+constexpr unsigned long long changes = ((LANDLOCK_ACCESS_FS_REFER << 1U) - 1) & ~readings;
+
+bool makeFileConfined(int folder, const Template& template_) {
+  const landlock_ruleset_attr attributes{.handled_access_fs = changes};
+  const landlock_path_beneath_attr rule{.allowed_access = changes, .parent_fd = folder};
+  const long ruleset = syscall(SYS_landlock_create_ruleset, &attributes, sizeof attributes, 0);
+  bool made = false;
+  std::thread([&] {
+    made = syscall(SYS_landlock_add_rule, ruleset, LANDLOCK_RULE_PATH_BENEATH, &rule, 0) == 0 &&
+           prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           syscall(SYS_landlock_restrict_self, ruleset, 0) == 0 && makeFile(folder, template_);
+  }).join();
+  close(static_cast<int>(ruleset));
+  return made;
+}
+
 /// "scheme:///folder?index".
 bool handle(std::string_view url, const Template& template_) {
   const auto start = url.find("://");
@@ -94,7 +117,7 @@ bool handle(std::string_view url, const Template& template_) {
   }
   const int folder =
       open(decoded(path.substr(0, question)).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-  const bool made = folder >= 0 && makeFile(folder, template_);
+  const bool made = folder >= 0 && makeFileConfined(folder, template_);
   close(folder);
   return made;
 }
