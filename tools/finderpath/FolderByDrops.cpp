@@ -24,18 +24,20 @@ using Columns = std::array<ColumnOfDrops, 2>;
 constexpr std::array<int, 2> columnPlaces{42, 90};
 constexpr std::array<int, 2> rowPlaces{45, 83};
 
-/// Drops something at places of a window, until the window does not keep up.
+/// Drops something at places of a window, until the window does not keep up. Nothing is dropped
+/// while another program holds the pointer.
 class Dropper {
  public:
   Dropper(XDisplay& display, const FileManagerWindow& window, DragOffer& offer)
-      : _display(display), _window(window), _offer(offer) {
-    if (window.kind == FileManagerKind::SavesDropsUnderPointer) {
-      _pointer = std::make_unique<Pointer>(display);
-    }
-  }
+      : _display(display),
+        _window(window),
+        _offer(offer),
+        _pointer(display),
+        _keepsUp(_pointer.isHeld()) {}
 
   std::optional<std::string> folderAt(Point place) {
-    if (!_keepsUp || (_pointer && !bringPointerTo(place))) {
+    const bool needsPointer = _window.kind == FileManagerKind::SavesDropsUnderPointer;
+    if (!_keepsUp || (needsPointer && !bringPointerTo(place))) {
       return std::nullopt;
     }
     Drag drag(_display, _offer);
@@ -50,15 +52,15 @@ class Dropper {
     if (!onScreen || !_display.isUncovered(_window.window, *onScreen)) {
       return false;
     }
-    _pointer->moveTo(*onScreen);
+    _pointer.moveTo(*onScreen);
     return true;
   }
 
   XDisplay& _display;
   const FileManagerWindow& _window;
   DragOffer& _offer;
-  std::unique_ptr<Pointer> _pointer;
-  bool _keepsUp = true;
+  Pointer _pointer;
+  bool _keepsUp;
 };
 
 Columns askByDrops(XDisplay& display, const FileManagerWindow& window, Size size,

@@ -1,6 +1,20 @@
 #include "tools/finderpath/Pointer.h"
 
 namespace quennel {
+namespace {
+
+bool hold(const XDisplay& display) {
+  const auto cookie = xcb_grab_pointer(display.connection(), 0, display.root(),
+                                       XCB_EVENT_MASK_NO_EVENT, XCB_GRAB_MODE_ASYNC,
+                                       XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME);
+  const XReply<xcb_grab_pointer_reply_t> reply(
+      xcb_grab_pointer_reply(display.connection(), cookie, nullptr));
+  return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+}
+
+}  // namespace
+
+Pointer::Pointer(XDisplay& display) : _display(display), _isHeld(hold(display)), _before(place()) {}
 
 Pointer::~Pointer() {
   const auto now = place();
@@ -8,6 +22,10 @@ Pointer::~Pointer() {
   if (_before && _moved && now) {
     moveTo({_before->x + now->x - _moved->x, _before->y + now->y - _moved->y});
   }
+  if (_isHeld) {
+    xcb_ungrab_pointer(_display.connection(), XCB_CURRENT_TIME);
+  }
+  _display.finishRequests();
 }
 
 void Pointer::moveTo(Point onScreen) {

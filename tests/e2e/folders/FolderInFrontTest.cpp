@@ -137,6 +137,15 @@ TEST_P(FolderInFront, IsNotChangedByBeingAskedFor) {
   EXPECT_EQ(session->countWindows(), 1u);
 }
 
+TEST_P(FolderInFront, MayHaveItemsSelected) {
+  session->makeFolder("folder/child");
+  session->openFolder(path("folder"));
+  session->server().pressKey("ctrl+a");
+  EXPECT_EQ(told(), path("folder"));
+  EXPECT_EQ(ask(), path("folder"));
+  EXPECT_EQ(session->countWindows(), 1u);
+}
+
 TEST_P(FolderInFront, IsNotWaitedForWhenTheFileManagerHangs) {
   const std::string window = session->openNewFolder("folder");
   told();
