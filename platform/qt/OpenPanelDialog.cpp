@@ -27,6 +27,7 @@ OpenPanelDialog::OpenPanelDialog(const OpenPanel& panel) {
 }
 
 std::optional<std::string> OpenPanelDialog::run() {
+  setModal(true);  // before it is shown
   showInFront(*this);
   exec();
   return choice();

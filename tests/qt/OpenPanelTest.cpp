@@ -124,6 +124,11 @@ TEST_F(OpenPanelOnScreen, ShowsTitleMessageAndPrompt) {
   });
 }
 
+TEST_F(OpenPanelOnScreen, NothingElseCanBeUsedWhileItIsWaitedFor) {
+  run(panel(folder("Work")),
+      [](QFileDialog& dialog) { EXPECT_EQ(QApplication::activeModalWidget(), &dialog); });
+}
+
 TEST_F(OpenPanelOnScreen, StandsAboveNormalWindowsIfItsLevelSaysSo) {
   OpenPanel shown = panel(folder("Work"));
   run(shown,
