@@ -55,7 +55,7 @@ std::string freeName(int folder, const Template& template_) {
 }
 
 bool copyContents(int from, int to) {
-  std::array<char, 64 * 1024> buffer;
+  std::array<char, std::size_t{64} * 1024> buffer;
   for (;;) {
     const ssize_t count = read(from, buffer.data(), buffer.size());
     if (count <= 0) {
@@ -106,10 +106,10 @@ bool makeFileConfined(int folder, const Template& template_) {
 /// "scheme:///folder?index".
 bool handle(std::string_view url, const Template& template_) {
   const auto start = url.find("://");
-  const auto path = start == url.npos ? url : url.substr(start + 3);
+  const auto path = start == std::string_view::npos ? url : url.substr(start + 3);
   const auto question = path.find('?');
   int index = 0;
-  if (question != path.npos) {
+  if (question != std::string_view::npos) {
     std::from_chars(path.data() + question + 1, path.data() + path.size(), index);
   }
   if (index != 0) {

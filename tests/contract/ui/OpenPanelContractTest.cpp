@@ -64,7 +64,7 @@ class Module {
 
   Choice runModal(const OpenPanel& panel, Deed deed) {
     std::thread user([&] { act(panel, deed); });
-    const Choice choice = _userInterface.runModalOpenPanel(panel);
+    Choice choice = _userInterface.runModalOpenPanel(panel);
     user.join();
     return choice;
   }
