@@ -37,8 +37,7 @@ XdndSource::XdndSource(xcb_connection_t* connection, const QMimeData& data, QByt
   qApp->installNativeEventFilter(this);
   // Before the toolkit's own filter, which it installs as the drag begins and which announces the
   // drag to the target: the one that was installed last is asked first.
-  QMetaObject::invokeMethod(
-      this, [this] { qApp->installEventFilter(this); }, Qt::QueuedConnection);
+  startTimer(0);
 }
 
 XdndSource::~XdndSource() {
@@ -85,6 +84,11 @@ bool XdndSource::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
   }
   answer(request);
   return true;
+}
+
+void XdndSource::timerEvent(QTimerEvent* event) {
+  killTimer(event->timerId());
+  qApp->installEventFilter(this);
 }
 
 bool XdndSource::eventFilter(QObject*, QEvent* event) {

@@ -34,6 +34,9 @@ class XdndSource : public QObject, public QAbstractNativeEventFilter {
   bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
   bool eventFilter(QObject* object, QEvent* event) override;
 
+ protected:
+  void timerEvent(QTimerEvent* event) override;
+
  private:
   XdndSource(xcb_connection_t* connection, const QMimeData& data, QByteArray fileName);
 
