@@ -142,6 +142,16 @@ TEST_F(NewFilePanelFlow, AnotherTemplateIsChosenByTheKeyboard) {
   }));
 }
 
+TEST_F(NewFilePanelFlow, AnotherTemplateIsChosenFromTheMenuOfTheButton) {
+  const std::string panel = request();
+  const auto [width, height] = desktop().windowSize(panel);
+  desktop().click(panel, width / 2, height - 45);
+  press({"Down", "Down", "Return"});
+  waitForWindow("New project");
+  press({"Return"});
+  expectMade("project/src/main.c", "int main;\n");
+}
+
 TEST_F(NewFilePanelFlow, SwitchingTemplatesTwiceProposesTheFirstNameAnew) {
   request();
   desktop().type("typed");
