@@ -118,6 +118,11 @@ Point XServer::onScreen(const std::string& window, Point place) const {
 }
 
 void XServer::drag(Point from, Point to) const {
+  beginDrag(from, to);
+  outputOf({"xdotool", "mouseup", "1"});
+}
+
+void XServer::beginDrag(Point from, Point to) const {
   std::vector<std::string> command{"xdotool"};
   const auto moveTo = [&command](int x, int y) {
     command.insert(command.end(), {"mousemove", std::to_string(x), std::to_string(y)});
@@ -133,7 +138,6 @@ void XServer::drag(Point from, Point to) const {
   for (int offset = 1; offset <= 4; ++offset) {
     moveTo(to.x + offset, to.y);
   }
-  command.insert(command.end(), {"mouseup", "1"});
   outputOf(command);
 }
 

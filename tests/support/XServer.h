@@ -53,6 +53,8 @@ class XServer {
   /// Presses the left button at one place of the screen and lets it go at another, by a way of
   /// several steps.
   void drag(Point from, Point to) const;
+  /// The same without letting it go.
+  void beginDrag(Point from, Point to) const;
 
   /// Width and height of the window, in pixels.
   std::pair<int, int> windowSize(const std::string& window) const;

@@ -67,6 +67,11 @@ class Helper {
     return isInstalled;
   }
 
+  /// As when the session ends; for the user's thread.
+  void terminate() {
+    _loop.dispatchAsync([this] { _loop.terminate(); });
+  }
+
   /// The answer of the installed script.
   std::string folderInFront() {
     std::string folder;
@@ -126,14 +131,20 @@ class InstallScript : public testing::TestWithParam<FileManagerSession::FileMana
     desktop().moveWindow(installWindow, {820, 100});
   }
 
+  Point icon() const {
+    return desktop().onScreen(installWindow, {desktop().windowSize(installWindow).first / 2, 88});
+  }
+  /// Beside what a folder has in it.
+  Point placeInFolder() const {
+    const auto [width, height] = desktop().windowSize(folderWindow);
+    return desktop().onScreen(folderWindow, {width * 3 / 5, height * 4 / 5});
+  }
+
   /// Drags the icon into the file manager's window, again if that does not lead to `outcome`: a
   /// window that has just come up may not take drops yet.
   void dragIcon(const std::function<bool()>& outcome) {
     const auto attempt = [&] {
-      const auto [iconWindowWidth, iconWindowHeight] = desktop().windowSize(installWindow);
-      const auto [width, height] = desktop().windowSize(folderWindow);
-      desktop().drag(desktop().onScreen(installWindow, {iconWindowWidth / 2, 24 + 64}),
-                     desktop().onScreen(folderWindow, {width * 3 / 5, height * 4 / 5}));
+      desktop().drag(icon(), placeInFolder());
       return eventually(outcome, Deadline(std::chrono::seconds(3)));
     };
     EXPECT_TRUE(eventually(attempt));
@@ -194,6 +205,16 @@ TEST_P(InstallScript, NotByDraggingItIntoAnotherFolder) {
     EXPECT_EQ(contentsOf(copy), contentsOf(QUENNEL_SCRIPT));
     EXPECT_EQ(desktop().countWindows(windowTitle), 1u);
   }));
+}
+
+TEST_P(InstallScript, NotWhenTheHelperTerminatesWhileTheIconIsDragged) {
+  openFolder(helper->scriptsFolder());
+  EXPECT_FALSE(installManually([this] {
+    desktop().beginDrag(icon(), placeInFolder());
+    helper->terminate();
+    EXPECT_TRUE(eventually([this] { return desktop().countWindows(windowTitle) == 0; }));
+  }));
+  EXPECT_FALSE(std::filesystem::exists(helper->installedScript()));
 }
 
 TEST_P(InstallScript, NotWhereItCannotBeWritten) {
