@@ -1,6 +1,7 @@
 // The user installs the script by hand: the window, the mouse and real file managers.
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -25,6 +26,7 @@
 #include "tests/e2e/folders/FileManagerSession.h"
 #include "tests/support/Deadline.h"
 #include "tests/support/FakePlatform.h"
+#include "tests/support/LoopMount.h"
 
 namespace quennel::test {
 namespace {
@@ -229,6 +231,27 @@ TEST_P(InstallScript, NotWhereItCannotBeWritten) {
   EXPECT_TRUE(std::filesystem::is_directory(helper->installedScript()));
 }
 
+/// For a file manager that offers every folder as a target, even one that cannot be written;
+/// Thunar, for one, takes no drop there.
+class InstallScriptAnywhere : public InstallScript {};
+
+TEST_P(InstallScriptAnywhere, NotIntoAVolumeMountedForReading) {
+  const LoopMount volume("tmpfs", 1);
+  if (!volume) {
+    GTEST_SKIP() << volume.reason();
+  }
+  ASSERT_EQ(
+      ::mount(nullptr, volume.path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY | MS_BIND, nullptr),
+      0);
+  openFolder(volume.path());
+  EXPECT_FALSE(installManually([this] {
+    dragIcon([this] { return desktop().countWindows("Quennel") == 1; });
+    desktop().waitForActiveWindow("Quennel");
+    press("Return");
+    EXPECT_EQ(desktop().waitForActiveWindow(windowTitle), installWindow);
+  }));
+}
+
 TEST_P(InstallScript, ByPastingTheCommandIntoAShell) {
   openFolder(helper->scriptsFolder());
   EXPECT_TRUE(installManually([this] {
@@ -262,12 +285,16 @@ std::vector<FileManagerSession::FileManager> fileManagers() {
   return {std::istream_iterator<std::string>(names), std::istream_iterator<std::string>()};
 }
 
+std::string nameOf(const testing::TestParamInfo<FileManagerSession::FileManager>& fileManager) {
+  std::string name = fileManager.param;
+  std::erase(name, '-');
+  return name;
+}
+
 INSTANTIATE_TEST_SUITE_P(WithARealFileManager, InstallScript, testing::ValuesIn(fileManagers()),
-                         [](const auto& fileManager) {
-                           std::string name = fileManager.param;
-                           std::erase(name, '-');
-                           return name;
-                         });
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(WithARealFileManager, InstallScriptAnywhere, testing::Values("pcmanfm-qt"),
+                         nameOf);
 
 }  // namespace
 }  // namespace quennel::test
