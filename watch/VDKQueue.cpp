@@ -40,7 +40,10 @@ std::shared_ptr<VDKQueue> VDKQueue::create(const Services& services, ThreadStart
 
 VDKQueue::VDKQueue(Private, const Services& services, std::shared_ptr<KernelQueue> queue,
                    ThreadStarter startThread)
-    : _services(services), _startThread(std::move(startThread)), _coreQueueFD(std::move(queue)) {}
+    : _services(services), _startThread(std::move(startThread)), _coreQueueFD(std::move(queue)) {
+  // Most paths that are looked up are new: a look into an empty bucket touches no other memory.
+  _watchedPathEntries.max_load_factor(0.5F);
+}
 
 VDKQueue::~VDKQueue() {
   _keepWatcherThreadRunning = false;

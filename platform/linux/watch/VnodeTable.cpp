@@ -8,7 +8,6 @@
 
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/mounts/MountTable.h"
-#include "platform/values/Path.h"
 
 namespace quennel {
 
@@ -30,8 +29,8 @@ std::uint32_t directoryEvents(std::uint32_t wanted) {
 
 /// Whether the path says by itself where its object is: from the root, and by the object's name.
 bool isStraight(std::string_view path) {
-  const std::string name = lastPathComponent(path);
-  return path.starts_with('/') && name != "." && name != "..";
+  const std::string_view text = path.substr(0, path.find_last_not_of('/') + 1);
+  return path.starts_with('/') && !text.ends_with("/.") && !text.ends_with("/..");
 }
 
 std::optional<std::string> resolved(const char* path) {
