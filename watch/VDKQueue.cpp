@@ -83,10 +83,21 @@ std::shared_ptr<VDKQueuePathEntry> VDKQueue::addNewPath(std::string_view path,
   const SharedText key(path);
   auto entry = VDKQueuePathEntry::create(_coreQueueFD, key, notifyingAbout);
   if (entry) {
+    makeRoomForOneMore();
     _watchedPathEntries.emplace(key, entry);
     registerEntry(entry, notifyingAbout);
   }
   return entry;
+}
+
+/// Called with the lock held. Every growth of the table touches all entries: four times the room,
+/// not twice, halves that work.
+void VDKQueue::makeRoomForOneMore() {
+  const auto buckets = static_cast<float>(_watchedPathEntries.bucket_count());
+  const auto room = static_cast<std::size_t>(buckets * _watchedPathEntries.max_load_factor());
+  if (_watchedPathEntries.size() >= room) {
+    _watchedPathEntries.rehash(4 * _watchedPathEntries.bucket_count());
+  }
 }
 
 /// Called with the lock held. A registration that the kernel refuses stays without events.

@@ -127,6 +127,7 @@ class VDKQueue : public std::enable_shared_from_this<VDKQueue> {
 
   static bool detachNewThread(ThreadBody body);
 
+  void makeRoomForOneMore();
   std::shared_ptr<VDKQueuePathEntry> addNewPath(std::string_view path,
                                                 std::uint32_t notifyingAbout);
   void registerEntry(const std::shared_ptr<VDKQueuePathEntry>& entry, std::uint32_t flags);

@@ -21,11 +21,18 @@ class WatchTable {
  public:
   /// Null when the watch is not in the table. Stays valid until it is removed.
   Watch* find(int watch) {
-    const auto page = _pages.find(watch / pageSize);
-    if (watch < 0 || page == _pages.end()) {
+    if (watch < 0) {
       return nullptr;
     }
-    Watch& found = page->second->watches[index(watch)];
+    if (watch / pageSize != _lastNumber) {
+      const auto page = _pages.find(watch / pageSize);
+      if (page == _pages.end()) {
+        return nullptr;
+      }
+      _lastNumber = page->first;
+      _lastPage = page->second.get();
+    }
+    Watch& found = _lastPage->watches[index(watch)];
     return found.firstDescriptor < 0 ? nullptr : &found;
   }
 
@@ -43,6 +50,7 @@ class WatchTable {
     const auto page = _pages.find(watch / pageSize);
     page->second->watches[index(watch)] = {};
     if (--page->second->count == 0) {
+      _lastNumber = -1;
       _pages.erase(page);
     }
   }
@@ -56,6 +64,9 @@ class WatchTable {
   static std::size_t index(int watch) { return static_cast<std::size_t>(watch % pageSize); }
 
   std::unordered_map<int, std::unique_ptr<Page>> _pages;
+  /// The page that was found last, -1 for none: what follows mostly concerns the same one.
+  int _lastNumber = -1;
+  Page* _lastPage = nullptr;
 };
 
 }  // namespace quennel
