@@ -34,6 +34,10 @@ bool mayBeSilent(std::string_view filesystemType) {
                      [&](const char* type) { return filesystemType.starts_with(type); });
 }
 
+/// The table has no line for the root of a process in a changed root that is no mount itself.
+/// Folders there are found by their paths alone.
+Mount unlistedRoot() { return {.id = 0, .root = "/", .point = "/", .type = "", .source = ""}; }
+
 bool leadsTo(const DirectoryIdentity& identity, const std::string& path) {
   const FileDescriptor directory = openDirectory(path);
   return directory && identityOfDirectory(directory.get()) == identity;
@@ -105,14 +109,15 @@ std::optional<Bookmark> BookmarkResolver::bookmarkOfPath(const std::string& path
   if (!identity || statx(directory.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &status) != 0) {
     return std::nullopt;
   }
-  const MountTable table = MountTable::current();
-  const Mount* mount = table.mountWithId(status.stx_mnt_id);
   const auto realPath = pathOfDescriptor(directory.get());
-  if (!mount || !realPath) {
+  if (!realPath) {
     errno = ENOENT;
     return std::nullopt;
   }
-  return Bookmark{path, mount->relativePathOf(*realPath), mount->type, std::move(*identity)};
+  const MountTable table = MountTable::current();
+  const Mount* const known = table.mountWithId(status.stx_mnt_id);
+  const Mount mount = known ? *known : unlistedRoot();
+  return Bookmark{path, mount.relativePathOf(*realPath), mount.type, std::move(*identity)};
 }
 
 std::optional<std::string> BookmarkResolver::pathOfBookmark(const Bookmark& bookmark) {

@@ -3,6 +3,7 @@
 #include <sched.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -212,6 +213,39 @@ TEST_P(Bookmarks, LeadToAFolderThatOnlyChangedItsPermissionsOrContents) {
   writeFile(folder + "/file", "text");
   chmod(folder.c_str(), 0750);
   EXPECT_THAT(resolve(token), Optional(folder));
+}
+
+/// Where the root of the process is no mount, as in a build environment. Only root may go there.
+class BookmarksInAChangedRoot : public VolumeTest {
+ protected:
+  void SetUp() override {
+    if (const auto why = RootCommands::whyUnavailable(); !why.empty()) {
+      GTEST_SKIP() << why;
+    }
+    makeFolder(root + "/proc");
+    makeFolder(root + "/folder");
+    ASSERT_TRUE(RootCommands::run("mount -t proc proc " + root + "/proc"));
+  }
+
+  void TearDown() override { RootCommands::run("umount " + root + "/proc"); }
+
+  const std::string root = temporary / "root";
+};
+
+TEST_F(BookmarksInAChangedRoot, LeadToTheirFolderAndToNoOtherOne) {
+  const auto found = inChildProcess([&]() -> std::string {
+    bookmark(root);  // opens the library that is not to be found afterwards
+    if (::chroot(root.c_str()) != 0 || ::chdir("/") != 0) {
+      return "the root was not changed";
+    }
+    ::setenv("HOME", "/", 1);
+    const auto token = bookmark("/folder");
+    const std::string there = resolve(token).value_or("nothing");
+    rename("/folder", "/moved");
+    makeFolder("/folder");
+    return there + " " + resolve(token).value_or("nothing");
+  });
+  EXPECT_EQ(found, "/folder nothing");
 }
 
 /// Folders on a volume whose server does not answer.
