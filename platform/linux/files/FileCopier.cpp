@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <optional>
 
 #include "platform/linux/files/FileFailure.h"
 
@@ -23,6 +24,15 @@ constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 constexpr std::size_t smallSize = std::size_t{16} * 1024;
 // Looking for holes in a smaller file costs more than they can save.
 constexpr off_t smallestWithHoles = off_t{64} * 1024;
+
+/// Nothing when the file has no more data, or has meanwhile become shorter than `position`.
+std::optional<off_t> seekBeforeEnd(int file, off_t position, int whence) {
+  const off_t found = ::lseek(file, position, whence);
+  if (found < 0 && errno != ENXIO) {
+    throw FileFailure(errno, FileFailure::Step::Reading);
+  }
+  return found < 0 ? std::nullopt : std::optional(found);
+}
 
 off_t seek(int file, off_t position, int whence, FileFailure::Step step) {
   const off_t result = ::lseek(file, position, whence);
@@ -128,17 +138,15 @@ void FileCopier::copyBytes(int source, off_t size, int copy) {
 void FileCopier::copyAroundHoles(int source, off_t size, int copy) {
   off_t position = 0;
   while (position < size) {
-    const off_t data = ::lseek(source, position, SEEK_DATA);
-    if (data < 0 && errno != ENXIO) {
-      throw FileFailure(errno, Step::Reading);
-    }
-    if (data < 0 || data >= size) {
+    const auto data = seekBeforeEnd(source, position, SEEK_DATA);
+    const auto hole = data ? seekBeforeEnd(source, *data, SEEK_HOLE) : std::nullopt;
+    if (!hole || *data >= size) {
       break;
     }
-    position = std::min(seek(source, data, SEEK_HOLE, Step::Reading), size);
-    seek(source, data, SEEK_SET, Step::Reading);
-    seek(copy, data, SEEK_SET, Step::Writing);
-    copyBytes(source, position - data, copy);
+    position = std::min(*hole, size);
+    seek(source, *data, SEEK_SET, Step::Reading);
+    seek(copy, *data, SEEK_SET, Step::Writing);
+    copyBytes(source, position - *data, copy);
   }
   const off_t end = std::min(seek(source, 0, SEEK_END, Step::Reading), size);
   if (::ftruncate(copy, end) != 0) {
