@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "platform/linux/mounts/MountTable.h"
@@ -8,7 +9,11 @@ namespace quennel {
 namespace {
 
 bool isMounted(const FileState& state, const MountTable& mounts) {
-  return state.mount == 0 || mounts.mounts().empty() || mounts.mountWithId(state.mount);
+  // The table has no line for the root of a process in a changed root that is no mount itself; then
+  // it says nothing about the mounts it does not list.
+  const bool isWhole = std::any_of(mounts.mounts().begin(), mounts.mounts().end(),
+                                   [](const Mount& mount) { return mount.point == "/"; });
+  return state.mount == 0 || !isWhole || mounts.mountWithId(state.mount);
 }
 
 /// What lies between the last look at the object and this one. `wasInSight` is false when it was
