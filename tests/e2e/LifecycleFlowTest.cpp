@@ -88,12 +88,7 @@ TEST_F(LifecycleFlow, SettingsThatTurnIntoGarbageAreSurvivedAndNeverOverwritten)
   }
   write(settingsPath(), whole);
   open({requestFor(folder(), "0")});
-  // Grants are settings, too: those of a machine where a volume has come or gone meanwhile have to
-  // be given anew. What counts is that the template is found again.
-  EXPECT_TRUE(eventually([&] {
-    return exists(in("note.txt")) ||
-           helper.errorOutput().find("would like to access") != std::string::npos;
-  })) << helper.errorOutput();
+  EXPECT_TRUE(eventuallyExists(in("note.txt")));
   EXPECT_TRUE(helper.isRunning());
 }
 
