@@ -1,7 +1,6 @@
 #include "platform/linux/scope/BookmarkKey.h"
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -14,6 +13,7 @@
 #include <system_error>
 
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/HomeFolder.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/values/Path.h"
 
@@ -50,22 +50,13 @@ bool writeNewKey(const std::string& path) {
          fsync(file.get()) == 0 && std::rename(temporary.c_str(), path.c_str()) == 0;
 }
 
-std::string homeFolder() {
-  const char* home = std::getenv("HOME");
-  if (home && *home == '/') {
-    return home;
-  }
-  const passwd* user = getpwuid(getuid());
-  return user && user->pw_dir ? user->pw_dir : "/";
-}
-
 }  // namespace
 
 std::string BookmarkKey::pathForUser() {
   // A relative path is to be ignored.
   const char* set = std::getenv("XDG_DATA_HOME");
   const std::string folder =
-      set && *set == '/' ? set : appendingPathComponent(homeFolder(), ".local/share");
+      set && *set == '/' ? set : appendingPathComponent(homeFolder().value_or("/"), ".local/share");
   return appendingPathComponent(folder, "net.brellow.QuennelHelper/bookmark-key");
 }
 

@@ -1,14 +1,12 @@
 #include "platform/linux/settings/PropertyListUserDefaults.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <utility>
 
+#include "platform/linux/HomeFolder.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/settings/FileError.h"
 #include "platform/linux/settings/FileLock.h"
@@ -22,19 +20,11 @@ namespace {
 
 constexpr std::chrono::seconds lockPatience(5);
 
-std::string homeFolder() {
-  const char* home = std::getenv("HOME");
-  if (home && *home == '/') {
-    return home;
-  }
-  const passwd* user = getpwuid(getuid());
-  return user && user->pw_dir ? user->pw_dir : "/";
-}
-
 std::string configurationFolder() {
   // A relative path is to be ignored.
   const char* folder = std::getenv("XDG_CONFIG_HOME");
-  return folder && *folder == '/' ? folder : appendingPathComponent(homeFolder(), ".config");
+  return folder && *folder == '/' ? folder
+                                  : appendingPathComponent(homeFolder().value_or("/"), ".config");
 }
 
 /// Runs `work` and answers whether it came through, else fills `error` with the reason.

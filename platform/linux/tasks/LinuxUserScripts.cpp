@@ -1,17 +1,16 @@
 #include "platform/linux/tasks/LinuxUserScripts.h"
 
-#include <pwd.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "platform/Bundle.h"
+#include "platform/linux/HomeFolder.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/tasks/LinuxUserUnixTask.h"
 #include "platform/values/Path.h"
@@ -25,16 +24,6 @@ void report(int code, Error* error) {
   if (error != nullptr) {
     *error = errorWithCode(code);
   }
-}
-
-/// Empty when the user has none.
-std::string homeDirectory() {
-  const char* home = std::getenv("HOME");
-  if (home != nullptr && home[0] == '/') {
-    return home;
-  }
-  const passwd* user = getpwuid(getuid());
-  return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
 }
 
 /// A program may inherit that its children's endings are thrown away; then nobody could tell how a
@@ -55,7 +44,7 @@ LinuxUserScripts::LinuxUserScripts(const Bundle& bundle, const ScriptLimits& lim
 }
 
 std::optional<std::string> LinuxUserScripts::applicationScriptsDirectory(Error* error) {
-  const std::string home = homeDirectory();
+  const std::string home = homeFolder().value_or("");
   if (home.empty()) {
     report(ENOENT, error);
     return std::nullopt;
