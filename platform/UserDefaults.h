@@ -13,8 +13,9 @@ namespace quennel {
 /// One domain of settings: a persistent dictionary under string keys that other processes read and
 /// write as well. Main thread only.
 ///
-/// Reading never fails: a store that is missing or cannot be understood reads as empty (registered
-/// defaults still show). Every read sees what any process stored before it.
+/// Reading never fails: a store that is missing reads as empty (registered defaults still show),
+/// and one that cannot be understood, say because another program is just writing it in place,
+/// reads as it did when it last could be. Every read sees what any process stored before it.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "tests/e2e/HelperTest.h"
+#include "tests/support/LoopMount.h"
 
 namespace quennel::test {
 namespace {
@@ -53,6 +54,27 @@ TEST_F(ConfinementFlow, AFolderThatTookThePlaceOfTheGrantedOneIsNotGranted) {
 TEST_F(ConfinementFlow, AFolderTemplateIsMadeWholeInsideTheGrant) {
   open({requestFor(folder(), "2"), requestFor(folder(), "2")});
   EXPECT_TRUE(eventuallyExists(in("project-1/src/main.c")));
+}
+
+TEST_F(ConfinementFlow, AVolumeThatComesWhileTheSettingsAreGarbageTakesNoGrantAway) {
+  const LoopMount before("tmpfs");
+  if (!before) {
+    GTEST_SKIP() << before.reason();
+  }
+  const std::string whole = contents(settingsPath());
+  Process helper = startReadyHelper();
+  open({requestFor(folder(), "0")});
+  ASSERT_TRUE(eventuallyExists(in("note.txt")));
+  write(settingsPath(), "garbage");
+  const LoopMount volume("tmpfs");
+  ASSERT_TRUE(volume) << volume.reason();
+  // The first may still be served before the volume is noticed, the second not.
+  open({requestFor(folder(), "0")});
+  open({requestFor(folder(), "0")});
+  EXPECT_TRUE(eventuallyExists(in("note-2.txt"))) << helper.errorOutput();
+  write(settingsPath(), whole);
+  open({requestFor(folder(), "0")});
+  EXPECT_TRUE(eventuallyExists(in("note-3.txt"))) << helper.errorOutput();
 }
 
 }  // namespace

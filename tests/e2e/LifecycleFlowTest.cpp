@@ -77,19 +77,36 @@ TEST_F(LifecycleFlow, SettingsChangedBetweenRequestsHoldForTheNextOne) {
   EXPECT_TRUE(eventuallyExists(in("letter.md")));
 }
 
-TEST_F(LifecycleFlow, SettingsThatTurnIntoGarbageAreSurvivedAndNeverOverwritten) {
+TEST_F(LifecycleFlow, WhileSettingsAreGarbageTheLastOnesHoldAndTheFileIsLeftAlone) {
   const std::string whole = contents(settingsPath());
   Process helper = startReadyHelper();
+  open({requestFor(folder(), "0")});
+  ASSERT_TRUE(eventuallyExists(in("note.txt")));
+  int count = 0;
   for (const auto& broken : {std::string("garbage"), whole.substr(0, whole.size() / 2),
                              std::string(), std::string("bplist00\xff\xff")}) {
     write(settingsPath(), broken);
     open({requestFor(folder(), "0")});
+    EXPECT_TRUE(eventuallyExists(in("note-" + std::to_string(++count) + ".txt")));
     EXPECT_EQ(contents(settingsPath()), broken);
   }
-  write(settingsPath(), whole);
-  open({requestFor(folder(), "0")});
-  EXPECT_TRUE(eventuallyExists(in("note.txt")));
   EXPECT_TRUE(helper.isRunning());
+}
+
+TEST_F(LifecycleFlow, SettingsThatAreGarbageFromTheStartAreServedOnceRepaired) {
+  const std::string whole = contents(settingsPath());
+  write(settingsPath(), "garbage");
+  Process helper = startReadyHelper();
+  const auto says = [&](const std::string& text) {
+    return eventually([&] { return helper.errorOutput().find(text) != std::string::npos; });
+  };
+  open({requestFor(_root.path(), "0")});
+  EXPECT_TRUE(says("No suitable file template found.")) << helper.errorOutput();
+  EXPECT_EQ(contents(settingsPath()), "garbage");
+  write(settingsPath(), whole);
+  // The template is found now; what is missing is the leave to write in that folder.
+  open({requestFor(_root.path(), "0")});
+  EXPECT_TRUE(says("would like to access your working directory.")) << helper.errorOutput();
 }
 
 TEST_F(LifecycleFlow, WithNothingToDoTheHelperLeavesAfterElevenSeconds) {

@@ -302,19 +302,30 @@ TEST_F(Reading, AChangeOfTheFileShowsAtTheNextRead) {
   }
 }
 
-TEST_F(Reading, GarbageInTheFileShowsAsEmptyUntilItIsRepaired) {
+TEST_F(Reading, WhileTheFileIsGarbageItsLastReadableValuesHold) {
   defaults.registerDefaults({{"a", "default"}});
   const std::string good = xmlFile("<dict><key>a</key><string>stored</string></dict>");
   writeFile(path, good);
   EXPECT_EQ(defaults.objectForKey("a"), PropertyList("stored"));
-  writeFile(path, "garbage");
-  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
-  writeFile(path, good.substr(0, good.size() / 2));
-  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
-  writeFile(path, good);
-  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("stored"));
+  for (const std::string& broken : {std::string("garbage"), good.substr(0, good.size() / 2),
+                                    std::string(), xmlFile("<array/>")}) {
+    writeFile(path, broken);
+    EXPECT_EQ(defaults.objectForKey("a"), PropertyList("stored")) << broken;
+  }
+  writeFile(path, xmlFile("<dict><key>a</key><string>repaired</string></dict>"));
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("repaired"));
   ASSERT_EQ(unlink(path.c_str()), 0);
   EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
+  writeFile(path, "garbage");
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
+}
+
+TEST_F(Reading, GarbageFromTheStartReadsAsEmptyUntilItIsRepaired) {
+  defaults.registerDefaults({{"a", "default"}});
+  writeFile(path, "garbage");
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("default"));
+  writeFile(path, xmlFile("<dict><key>a</key><string>repaired</string></dict>"));
+  EXPECT_EQ(defaults.objectForKey("a"), PropertyList("repaired"));
 }
 
 TEST_F(Reading, TheStampOfAFileThatHasJustChangedIsNotTrusted) {

@@ -158,7 +158,9 @@ const PropertyList::Dictionary& PropertyListUserDefaults::stored() const {
   PropertyListFile file = PropertyListFile::read(_path);
   _isStampTrusted = file.isStampSettled;
   _stamp = file.stamp;
-  _stored = file.document.dictionary();
+  if (file.state != PropertyListFile::State::Unreadable) {
+    _stored = file.document.dictionary();
+  }
   return _stored;
 }
 

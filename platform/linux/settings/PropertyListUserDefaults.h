@@ -45,7 +45,7 @@ class PropertyListUserDefaults final : public UserDefaults {
   PropertyList::Dictionary _registered;
   Changes _pending;
 
-  // What the file held when it was read last.
+  // What the file held when it could be read last.
   mutable PropertyList::Dictionary _stored;
   mutable FileStamp _stamp;
   mutable bool _isStampTrusted = false;
