@@ -7,7 +7,6 @@
 #include <random>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/linux/scope/Bookmark.h"
@@ -146,19 +145,10 @@ TEST(BookmarkKeyOfManyProcesses, IsTheSameForAll) {
   for (int round = 0; round < 20; ++round) {
     const TemporaryDirectory folder;
     const BookmarkKey key(folder / "a/b/key");
-    std::vector<std::thread> threads;
-    std::vector<std::string> answers(4);
-    for (std::string& answer : answers) {
-      threads.emplace_back([&] {
-        answer = inChildProcess([&] {
-          const auto made = key.readOrMake(nullptr);
-          return made ? std::string(made->begin(), made->end()) : std::string();
-        });
-      });
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
+    const auto answers = inChildProcesses(4, [&] {
+      const auto made = key.readOrMake(nullptr);
+      return made ? std::string(made->begin(), made->end()) : std::string();
+    });
     EXPECT_EQ(std::set<std::string>(answers.begin(), answers.end()).size(), 1U);
     EXPECT_EQ(answers[0].size(), 32U);
   }
