@@ -25,6 +25,7 @@
 #include "platform/qt/FileTypeIcons.h"
 #include "platform/qt/PanelWindow.h"
 #include "platform/values/Text.h"
+#include "ui_FormatViewController.h"
 
 namespace quennel {
 namespace {
@@ -158,24 +159,24 @@ void SavePanelDialog::simplify() {
 }
 
 void SavePanelDialog::makeAccessory(PopUpButton& view) {
-  auto* const chooser = new QComboBox(this);
-  chooser->setObjectName("accessory");
+  QWidget frame;
+  Ui::FormatViewController interface;
+  interface.setupUi(&frame);
+  interface.formatLabel->setText(QString::fromStdString(view.label()));
+  QComboBox& button = *interface.formatButton;
   for (const MenuItem& item : view.items()) {
-    chooser->addItem(iconOfFileExtension(item.image.fileType), QString::fromStdString(item.title));
-    chooser->setIconSize(QSize(item.image.size, item.image.size));
+    button.addItem(iconOfFileExtension(item.image.fileType), QString::fromStdString(item.title));
+    button.setIconSize(QSize(item.image.size, item.image.size));
   }
-  chooser->setCurrentIndex(static_cast<int>(view.indexOfSelectedItem()));
-  chooser->setEnabled(!view.items().empty());
-  // A long title must not make the panel wider.
-  chooser->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  connect(chooser, &QComboBox::activated, this,
+  button.setCurrentIndex(static_cast<int>(view.indexOfSelectedItem()));
+  button.setEnabled(!view.items().empty());
+  connect(&button, &QComboBox::activated, this,
           [&view](int index) { view.chooseItemAtIndex(static_cast<std::size_t>(index)); });
-  auto* const label = new QLabel(QString::fromStdString(view.label()), this);
-  label->setBuddy(chooser);
+  // Out of their frame, into the columns of the dialog's own labels and fields.
   auto* const grid = qobject_cast<QGridLayout*>(layout());
-  grid->addWidget(label, accessoryRow, 0);
-  grid->addWidget(chooser, accessoryRow, 1);
-  setTabOrder(_nameField, chooser);
+  grid->addWidget(interface.formatLabel, accessoryRow, 0);
+  grid->addWidget(interface.formatButton, accessoryRow, 1);
+  setTabOrder(_nameField, interface.formatButton);
 }
 
 void SavePanelDialog::makeHint() {

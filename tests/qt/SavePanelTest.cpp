@@ -34,7 +34,7 @@ struct Shown {
   explicit Shown(QFileDialog& panel) : dialog(panel) {}
 
   QLineEdit& name() const { return *dialog.findChild<QLineEdit*>("fileNameEdit"); }
-  QComboBox& accessory() const { return *dialog.findChild<QComboBox*>("accessory"); }
+  QComboBox& accessory() const { return *dialog.findChild<QComboBox*>("formatButton"); }
   QPushButton& save() const {
     return *dialog.findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Save);
   }
