@@ -69,9 +69,10 @@ TEST_F(Token, MadeOfRandomBytesGivesNothing) {
 }
 
 TEST_F(Token, OfEnormousSizeGivesNothingAtOnce) {
-  const std::string huge = token + std::string(std::size_t{64} << 20U, 'x');
+  const PropertyList::Data huge{token + std::string(std::size_t{64} << 20U, 'x')};
+  const auto run = newScope();
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(resolve({huge}));
+  EXPECT_FALSE(run->pathByResolvingBookmarkData(huge));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
