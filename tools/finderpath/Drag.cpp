@@ -14,8 +14,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// File managers answer within a few milliseconds; one that is busy is not worth waiting for.
-constexpr std::chrono::milliseconds patience{700};
+/// File managers answer within a few milliseconds, on a busy machine within a second. One that hangs
+/// is not worth waiting for: the pointer is held meanwhile.
+constexpr std::chrono::milliseconds patience{1500};
 constexpr std::uint32_t newestVersion = 5;
 
 /// A window that nobody sees and that hears of changes of its properties.
