@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -29,6 +30,8 @@ namespace quennel::test {
 namespace {
 
 using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
 
 /// Long enough for what has to end first on a busy machine, too long to wait for.
 constexpr ScriptLimits patient{.time = 60s, .aftermath = 60s, .output = 65'536};
@@ -351,6 +354,75 @@ TEST_F(LinuxUserScriptsTest, TheEndOfTheProgramEndsItsScriptsWithoutACompletion)
   scripts.reset();
   EXPECT_FALSE(completed);
   EXPECT_TRUE(isGone("pid"));
+}
+
+/// Scripts that are started one right after the other, more than run at a time.
+class ManyUserScripts : public LinuxUserScriptsTest {
+ protected:
+  std::unique_ptr<TaskOutcome> startScript(LinuxUserScripts& scripts, int number) const {
+    return std::make_unique<TaskOutcome>(scripts, _path, std::vector{std::to_string(number)});
+  }
+  void letEnd(int number) const { std::ofstream(_folder / ("go-" + std::to_string(number))); }
+  std::vector<int> started() const {
+    std::ifstream stream(_folder / "started");
+    return {std::istream_iterator<int>(stream), {}};
+  }
+  bool areStarted(std::size_t count) const {
+    return eventually([&] { return started().size() == count; });
+  }
+
+ private:
+  /// Notes its number in "started" and ends once there is a file "go-NUMBER".
+  const std::string _path =
+      script("cd '" + _folder.path() +
+             "'; echo $1 >> started; while [ ! -e go-$1 ]; do sleep 0.01; done; echo $1");
+};
+
+TEST_F(ManyUserScripts, RunFourAtATimeInTheOrderInWhichTheyCame) {
+  LinuxUserScripts scripts(_bundle, patient);
+  std::vector<std::unique_ptr<TaskOutcome>> outcomes;
+  for (int number = 0; number < 7; ++number) {
+    outcomes.push_back(startScript(scripts, number));
+  }
+  ASSERT_TRUE(areStarted(4));
+  std::size_t mostStarted = 4;
+  for (const int number : {2, 0, 4, 1, 3, 6, 5}) {
+    letEnd(number);
+    EXPECT_EQ(outcomes.at(static_cast<std::size_t>(number))->output(),
+              std::to_string(number) + "\n");
+    mostStarted = std::min<std::size_t>(7, mostStarted + 1);
+    ASSERT_TRUE(areStarted(mostStarted));
+  }
+  const std::vector<int> order = started();
+  EXPECT_THAT(std::vector(order.begin(), order.begin() + 4), UnorderedElementsAre(0, 1, 2, 3));
+  EXPECT_THAT(std::vector(order.begin() + 4, order.end()), ElementsAre(4, 5, 6));
+}
+
+TEST_F(ManyUserScripts, HaveTheirTimeFromWhenTheyRun) {
+  constexpr ScriptLimits limits{.time = 2s, .aftermath = 2s, .output = 65'536};
+  LinuxUserScripts scripts(_bundle, limits);
+  std::vector<std::unique_ptr<TaskOutcome>> outcomes;
+  for (int number = 0; number < 4; ++number) {
+    outcomes.push_back(startScript(scripts, number));
+  }
+  letEnd(4);
+  EXPECT_EQ(startScript(scripts, 4)->output(), "4\n");
+  EXPECT_TRUE(outcomes[0]->error());
+}
+
+TEST_F(ManyUserScripts, DoNotRunAnyMoreWhenTheProgramEnds) {
+  std::vector<std::unique_ptr<TaskOutcome>> outcomes;
+  {
+    LinuxUserScripts scripts(_bundle, patient);
+    for (int number = 0; number < 7; ++number) {
+      outcomes.push_back(startScript(scripts, number));
+    }
+    ASSERT_TRUE(areStarted(4));
+  }
+  EXPECT_EQ(started().size(), 4U);
+  for (const auto& outcome : outcomes) {
+    EXPECT_THROW(outcome->error(), std::future_error) << "the completion was called";
+  }
 }
 
 class ScriptsFolder : public LinuxUserScriptsTest {

@@ -18,6 +18,8 @@
 namespace quennel {
 namespace {
 
+constexpr unsigned mostAtOnce = 4;
+
 Error errorWithCode(int code) { return {code, UserLocale::errorDescription(code)}; }
 
 void report(int code, Error* error) {
@@ -39,9 +41,11 @@ void keepEndingsOfChildren() {
 }  // namespace
 
 LinuxUserScripts::LinuxUserScripts(const Bundle& bundle, const ScriptLimits& limits)
-    : _bundle(bundle), _limits(limits) {
+    : _bundle(bundle), _limits(limits), _turns(mostAtOnce) {
   keepEndingsOfChildren();
 }
+
+LinuxUserScripts::~LinuxUserScripts() { _turns.close(); }
 
 std::optional<std::string> LinuxUserScripts::applicationScriptsDirectory(Error* error) {
   const std::string home = homeFolder().value_or("");
@@ -78,8 +82,9 @@ void LinuxUserScripts::start(ScriptRun::Request request) {
   const auto standardOutput = request.standardOutput;
   const auto completion = request.completion;
   try {
-    _runs.emplace_back(std::move(request), _limits, _bundle);
+    _runs.emplace_back(std::move(request), _limits, _bundle, _turns);
   } catch (const std::system_error& failure) {
+    _turns.end();
     // There is no thread to be had: the caller's own has to do.
     if (standardOutput) {
       standardOutput->closeFile();

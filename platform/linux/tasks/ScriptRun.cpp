@@ -12,6 +12,7 @@
 #include "platform/Bundle.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/tasks/ScriptProcess.h"
+#include "platform/linux/tasks/ScriptTurns.h"
 #include "platform/values/Text.h"
 
 namespace quennel {
@@ -32,10 +33,13 @@ std::string signalName(int number) {
 
 }  // namespace
 
-ScriptRun::ScriptRun(Request request, const ScriptLimits& limits, const Bundle& texts)
+ScriptRun::ScriptRun(Request request, const ScriptLimits& limits, const Bundle& texts,
+                     ScriptTurns& turns)
     : _request(std::move(request)),
       _limits(limits),
       _texts(texts),
+      _turns(turns),
+      _turn(turns.take()),
       _stop(makeEvent()),
       _thread([this] { perform(); }) {}
 
@@ -46,7 +50,7 @@ ScriptRun::~ScriptRun() {
 }
 
 void ScriptRun::perform() {
-  const Result result = runScript();
+  const Result result = runInTurn();
   if (_request.standardOutput) {
     _request.standardOutput->writeData(result.output);
     _request.standardOutput->closeFile();
@@ -56,6 +60,14 @@ void ScriptRun::perform() {
   }
   _request = {};  // what the completion holds goes on the thread that called it
   _done = true;
+}
+
+/// The turn ends with the script: a completion may wait for the user.
+ScriptRun::Result ScriptRun::runInTurn() const {
+  const bool isToRun = _turns.wait(_turn);
+  Result result = isToRun ? runScript() : Result{std::nullopt, {}, true};
+  _turns.end();
+  return result;
 }
 
 ScriptRun::Result ScriptRun::runScript() const {

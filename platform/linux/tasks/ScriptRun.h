@@ -16,8 +16,9 @@
 namespace quennel {
 
 class Bundle;
+class ScriptTurns;
 
-/// A script and the thread that waits for it.
+/// A script and the thread that waits for it: first for its turn, then for its end.
 class ScriptRun {
  public:
   struct Request {
@@ -27,12 +28,13 @@ class ScriptRun {
     UserUnixTask::CompletionHandler completion;
   };
 
-  /// Starts the thread. `texts` outlives the run. Throws std::system_error when the system refuses.
-  ScriptRun(Request request, const ScriptLimits& limits, const Bundle& texts);
+  /// Starts the thread. `texts` and `turns` outlive the run. Throws std::system_error when the
+  /// system refuses.
+  ScriptRun(Request request, const ScriptLimits& limits, const Bundle& texts, ScriptTurns& turns);
   ScriptRun(const ScriptRun&) = delete;
   ScriptRun& operator=(const ScriptRun&) = delete;
   /// Ends a script that still runs, without calling its completion; waits for a completion that
-  /// already runs.
+  /// already runs. One whose turn has not come must have been told that it does not.
   ~ScriptRun();
 
   /// Whether the completion has been called and has returned.
@@ -46,6 +48,7 @@ class ScriptRun {
   };
 
   void perform();
+  Result runInTurn() const;
   Result runScript() const;
   Result watchScript() const;
   std::optional<Error> describe(ScriptWatch::Outcome outcome, const ScriptProcess& process) const;
@@ -54,6 +57,8 @@ class ScriptRun {
   Request _request;
   ScriptLimits _limits;
   const Bundle& _texts;
+  ScriptTurns& _turns;
+  const unsigned _turn;
   FileDescriptor _stop;
   std::atomic<bool> _done = false;
   std::thread _thread;  // last: it uses all of the above
