@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "tests/finderpath/DropTarget.h"
+#include "tests/support/Deadline.h"
 #include "tests/support/XServer.h"
 #include "tools/finderpath/DirectSaveOffer.h"
 #include "tools/finderpath/Drag.h"
@@ -92,6 +95,18 @@ TEST_F(DragTest, LeavesItsWindowToATargetThatMayStillWriteToIt) {
   EXPECT_EQ(folderOf(target), std::nullopt);
   EXPECT_FALSE(_isSettled);
   _display.reset();
+  EXPECT_TRUE(exists(target.source()));
+}
+
+TEST_F(DragTest, LeavesItsWindowEvenWhenItsProgramIsEnded) {
+  DropTarget target(Behaviour::Ignores, "file:///d/");
+  std::thread end([&] {
+    EXPECT_TRUE(eventually([&] { return target.source() != XCB_NONE; }));
+    // What the X server sees of it.
+    shutdown(_display->descriptor(), SHUT_RDWR);
+  });
+  EXPECT_EQ(folderOf(target), std::nullopt);
+  end.join();
   EXPECT_TRUE(exists(target.source()));
 }
 

@@ -14,8 +14,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// File managers answer within a few milliseconds, on a busy machine within a second. One that hangs
-/// is not worth waiting for: the pointer is held meanwhile.
+/// File managers answer within a few milliseconds, on a busy machine within a second. One that
+/// hangs is not worth waiting for: the pointer is held meanwhile.
 constexpr std::chrono::milliseconds patience{1500};
 constexpr std::uint32_t newestVersion = 5;
 
@@ -35,16 +35,17 @@ std::uint32_t packed(Point point) {
 
 }  // namespace
 
+// While the target may still come to write to the window, that has to be there, even when this
+// program is ended: some programs do not survive it when it is gone.
 Drag::Drag(XDisplay& display, DragOffer& offer)
-    : _display(display), _offer(offer), _source(createSource(display)) {}
+    : _display(display), _offer(offer), _source(createSource(display)) {
+  xcb_set_close_down_mode(_display.connection(), XCB_CLOSE_DOWN_RETAIN_TEMPORARY);
+}
 
 Drag::~Drag() {
-  if (isSettled()) {
+  if (isSettled() || _target == XCB_NONE) {
     xcb_destroy_window(_display.connection(), _source);
-  } else {
-    // The target may still come to write to the window, and some programs do not survive it when
-    // that is gone: it has to outlive this program.
-    xcb_set_close_down_mode(_display.connection(), XCB_CLOSE_DOWN_RETAIN_TEMPORARY);
+    xcb_set_close_down_mode(_display.connection(), XCB_CLOSE_DOWN_DESTROY_ALL);
   }
   _display.finishRequests();
 }
