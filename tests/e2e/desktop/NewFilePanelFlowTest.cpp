@@ -270,6 +270,7 @@ TEST_F(NewFilePanelFlow, AQuitCheckDuringThePanelLeavesItOpen) {
   Process helper = startReadyHelper();
   set("skipFilename", true);
   open({requestFor(folder(), "0")});  // arms a check
+  ASSERT_TRUE(eventuallyExists(in("note.txt")));
   set("skipFilename", false);
   request();
   EXPECT_EQ(helper.wait(Deadline(12s)), std::nullopt);
