@@ -107,8 +107,8 @@ TEST_F(ShortcutFlow, AKeyThatIsGivenUpIsFreeAgain) {
 
 TEST_F(ShortcutFlow, TwoHundredPressesMakeTwoHundredFiles) {
   Process keyboard({"xdotool", "key", "--repeat", "200", "ctrl+alt+n"}, environment());
-  EXPECT_TRUE(
-      eventually([&] { return countEntries(folder()) == 200; }, Deadline(std::chrono::seconds(100))))
+  EXPECT_TRUE(eventually([&] { return countEntries(folder()) == 200; },
+                         Deadline(std::chrono::seconds(100))))
       << countEntries(folder()) << _helper->errorOutput();
   EXPECT_TRUE(exists(in("note-199.txt")));
   EXPECT_TRUE(_helper->isRunning());
