@@ -84,7 +84,6 @@ void LinuxUserScripts::start(ScriptRun::Request request) {
   try {
     _runs.emplace_back(std::move(request), _limits, _bundle, _turns);
   } catch (const std::system_error& failure) {
-    _turns.end();
     // There is no thread to be had: the caller's own has to do.
     if (standardOutput) {
       standardOutput->closeFile();

@@ -12,7 +12,6 @@
 #include "platform/Bundle.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/tasks/ScriptProcess.h"
-#include "platform/linux/tasks/ScriptTurns.h"
 #include "platform/values/Text.h"
 
 namespace quennel {
@@ -38,8 +37,7 @@ ScriptRun::ScriptRun(Request request, const ScriptLimits& limits, const Bundle& 
     : _request(std::move(request)),
       _limits(limits),
       _texts(texts),
-      _turns(turns),
-      _turn(turns.take()),
+      _turn(turns),
       _stop(makeEvent()),
       _thread([this] { perform(); }) {}
 
@@ -63,10 +61,10 @@ void ScriptRun::perform() {
 }
 
 /// The turn ends with the script: a completion may wait for the user.
-ScriptRun::Result ScriptRun::runInTurn() const {
-  const bool isToRun = _turns.wait(_turn);
+ScriptRun::Result ScriptRun::runInTurn() {
+  const bool isToRun = _turn.wait();
   Result result = isToRun ? runScript() : Result{std::nullopt, {}, true};
-  _turns.end();
+  _turn.end();
   return result;
 }
 

@@ -11,12 +11,12 @@
 #include "platform/Pipe.h"
 #include "platform/UserUnixTask.h"
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/tasks/ScriptTurns.h"
 #include "platform/linux/tasks/ScriptWatch.h"
 
 namespace quennel {
 
 class Bundle;
-class ScriptTurns;
 
 /// A script and the thread that waits for it: first for its turn, then for its end.
 class ScriptRun {
@@ -48,7 +48,7 @@ class ScriptRun {
   };
 
   void perform();
-  Result runInTurn() const;
+  Result runInTurn();
   Result runScript() const;
   Result watchScript() const;
   std::optional<Error> describe(ScriptWatch::Outcome outcome, const ScriptProcess& process) const;
@@ -57,8 +57,7 @@ class ScriptRun {
   Request _request;
   ScriptLimits _limits;
   const Bundle& _texts;
-  ScriptTurns& _turns;
-  const unsigned _turn;
+  ScriptTurns::Turn _turn;
   FileDescriptor _stop;
   std::atomic<bool> _done = false;
   std::thread _thread;  // last: it uses all of the above

@@ -2,27 +2,34 @@
 
 namespace quennel {
 
+void ScriptTurns::close() {
+  const std::lock_guard lock(_mutex);
+  _isClosed = true;
+  _changed.notify_all();
+}
+
 unsigned ScriptTurns::take() {
   const std::lock_guard lock(_mutex);
   return _taken++;
 }
 
-bool ScriptTurns::wait(unsigned turn) {
-  std::unique_lock lock(_mutex);
-  _changed.wait(lock, [&] { return _isClosed || turn < _ended + _mostAtOnce; });
-  return !_isClosed;
+ScriptTurns::Turn::Turn(ScriptTurns& turns) : _turns(turns), _number(turns.take()) {}
+
+bool ScriptTurns::Turn::wait() {
+  std::unique_lock lock(_turns._mutex);
+  _turns._changed.wait(
+      lock, [&] { return _turns._isClosed || _number < _turns._ended + _turns._mostAtOnce; });
+  return !_turns._isClosed;
 }
 
-void ScriptTurns::end() {
-  const std::lock_guard lock(_mutex);
-  ++_ended;
-  _changed.notify_all();
-}
-
-void ScriptTurns::close() {
-  const std::lock_guard lock(_mutex);
-  _isClosed = true;
-  _changed.notify_all();
+void ScriptTurns::Turn::end() {
+  if (_isEnded) {
+    return;
+  }
+  _isEnded = true;
+  const std::lock_guard lock(_turns._mutex);
+  ++_turns._ended;
+  _turns._changed.notify_all();
 }
 
 }  // namespace quennel

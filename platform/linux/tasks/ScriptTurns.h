@@ -12,17 +12,32 @@ class ScriptTurns {
   ScriptTurns(const ScriptTurns&) = delete;
   ScriptTurns& operator=(const ScriptTurns&) = delete;
 
-  /// The turn of a script that came after all others. It must come to `end`, whatever becomes of
-  /// the script.
-  unsigned take();
-  /// Waits until the turn has come; false when none comes any more.
-  bool wait(unsigned turn);
-  /// Gives up one turn, whether it was waited for or not.
-  void end();
   /// No turn comes any more: everybody stops waiting.
   void close();
 
+  /// The turn of one script, which comes after those of all others until now.
+  class Turn {
+   public:
+    explicit Turn(ScriptTurns& turns);
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    /// Ends it, unless that was done.
+    ~Turn() { end(); }
+
+    /// Waits until it has come; false when none comes any more.
+    bool wait();
+    /// Makes way for another one.
+    void end();
+
+   private:
+    ScriptTurns& _turns;
+    const unsigned _number;
+    bool _isEnded = false;
+  };
+
  private:
+  unsigned take();
+
   const unsigned _mostAtOnce;
   std::mutex _mutex;
   std::condition_variable _changed;
