@@ -6,11 +6,11 @@
 #include <string>
 #include <thread>
 
+#include "finderpath/DirectSaveOffer.h"
+#include "finderpath/Drag.h"
 #include "tests/finderpath/DropTarget.h"
 #include "tests/support/Deadline.h"
 #include "tests/support/XServer.h"
-#include "tools/finderpath/DirectSaveOffer.h"
-#include "tools/finderpath/Drag.h"
 
 namespace quennel::test {
 namespace {

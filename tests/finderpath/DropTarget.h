@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "tools/finderpath/XDisplay.h"
+#include "finderpath/XDisplay.h"
 
 namespace quennel::test {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "tools/finderpath/ShownFolder.h"
+#include "finderpath/ShownFolder.h"
 
 namespace quennel::test {
 namespace {

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/finderpath/FileURI.h"
-#include "tools/finderpath/FrontFolder.h"
-#include "tools/finderpath/TabInUse.h"
+#include "finderpath/FileURI.h"
+#include "finderpath/FrontFolder.h"
+#include "finderpath/TabInUse.h"
 
 namespace quennel::test {
 namespace {

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "finderpath/WindowTitle.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/finderpath/WindowTitle.h"
 
 namespace quennel::test {
 namespace {

@@ -1,0 +1,88 @@
+#include "ctl/Autostart.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/locale/UserLocale.h"
+#include "platform/linux/settings/FileError.h"
+#include "platform/linux/settings/FileReplacement.h"
+#include "platform/values/Path.h"
+
+namespace quennel {
+
+namespace {
+
+/// The path as one word of an entry's command: in quotes, whose special characters need a
+/// backslash, which the entry's own rules then want doubled.
+std::string quoted(std::string_view path) {
+  std::string text = "\"";
+  for (const char character : path) {
+    switch (character) {
+      case '\\':
+        text += R"(\\\\)";
+        break;
+      case '"':
+      case '`':
+      case '$':
+        text.append(R"(\\)").push_back(character);
+        break;
+      case '%':
+        text += "%%";
+        break;
+      default:
+        text += character;
+    }
+  }
+  return text + '"';
+}
+
+bool failWith(Error* error, Error reason) {
+  if (error) {
+    *error = std::move(reason);
+  }
+  return false;
+}
+
+}  // namespace
+
+Autostart::Autostart(std::string folder, std::string helper)
+    : _folder(std::move(folder)),
+      _path(appendingPathComponent(_folder, "net.brellow.QuennelHelper.desktop")),
+      _helper(std::move(helper)) {}
+
+bool Autostart::setEnabled(bool isEnabled, Error* error) const {
+  const bool exists = access(_path.c_str(), F_OK) == 0;
+  if (exists == isEnabled) {
+    return true;
+  }
+  if (!isEnabled) {
+    return unlink(_path.c_str()) == 0 ||
+           failWith(error, {errno, UserLocale::errorDescription(errno)});
+  }
+  try {
+    makeFolder(_folder);
+    replaceFile(_path, entry());
+    return true;
+  } catch (const FileError& failure) {
+    return failWith(error,
+                    {failure.code().value(),
+                     failure.path() + ": " + UserLocale::errorDescription(failure.code().value())});
+  }
+}
+
+std::string Autostart::entry() const {
+  return "[Desktop Entry]\n"
+         "Type=Application\n"
+         "Name=Quennel\n"
+         "Comment=Makes new files from templates by keyboard shortcuts\n"
+         "Exec=" +
+         quoted(_helper) +
+         "\n"
+         "Terminal=false\n"
+         "NoDisplay=true\n";
+}
+
+}  // namespace quennel

@@ -1,0 +1,94 @@
+#include "finderpath/FileManagerWindow.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "finderpath/XDisplay.h"
+
+namespace quennel {
+namespace {
+
+/// By the second part of the property WM_CLASS, in small letters.
+constexpr std::array<std::pair<std::string_view, FileManagerKind>, 9> classes{{
+    {"thunar", FileManagerKind::SavesDrops},
+    {"pcmanfm", FileManagerKind::SavesDrops},
+    {"nemo", FileManagerKind::SavesDrops},
+    {"caja", FileManagerKind::SavesDrops},
+    {"pcmanfm-qt", FileManagerKind::SavesDropsUnderPointer},
+    {"dolphin", FileManagerKind::ExtractsDrops},
+    {"org.kde.dolphin", FileManagerKind::ExtractsDrops},
+    {"nautilus", FileManagerKind::ListsLocations},
+    {"org.gnome.nautilus", FileManagerKind::ListsLocations},
+}};
+
+std::optional<FileManagerKind> kindOf(XDisplay& display, xcb_window_t window) {
+  // Two texts, each with a NUL behind it.
+  const std::string texts = display.property(window, "WM_CLASS");
+  const std::size_t firstEnd = texts.find('\0');
+  if (firstEnd == std::string::npos) {
+    return std::nullopt;
+  }
+  std::string name = texts.substr(firstEnd + 1);
+  name.resize(std::min(name.find('\0'), name.size()));
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char letter) { return std::tolower(letter); });
+  const auto found = std::find_if(classes.begin(), classes.end(),
+                                  [&](const auto& entry) { return entry.first == name; });
+  return found == classes.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool holds(const std::vector<std::uint32_t>& numbers, std::uint32_t number) {
+  return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+
+bool isBrowsingWindow(XDisplay& display, xcb_window_t window) {
+  return holds(display.numbers(window, "_NET_WM_WINDOW_TYPE"),
+               display.atom("_NET_WM_WINDOW_TYPE_NORMAL")) &&
+         display.numbers(window, "WM_TRANSIENT_FOR").empty();
+}
+
+bool isOnCurrentDesktop(XDisplay& display, xcb_window_t window) {
+  constexpr std::uint32_t everyDesktop = 0xFFFFFFFF;
+  const auto own = display.numbers(window, "_NET_WM_DESKTOP");
+  const auto current = display.numbers(display.root(), "_NET_CURRENT_DESKTOP");
+  return own.empty() || current.empty() || own.front() == everyDesktop ||
+         own.front() == current.front();
+}
+
+bool canBeSeen(XDisplay& display, xcb_window_t window) {
+  return !holds(display.numbers(window, "_NET_WM_STATE"), display.atom("_NET_WM_STATE_HIDDEN")) &&
+         isOnCurrentDesktop(display, window);
+}
+
+std::optional<FileManagerWindow> asFileManagerWindow(XDisplay& display, xcb_window_t window) {
+  const auto kind = kindOf(display, window);
+  if (!kind || !isBrowsingWindow(display, window) || !canBeSeen(display, window)) {
+    return std::nullopt;
+  }
+  return FileManagerWindow{window, *kind, display.property(window, "_NET_WM_NAME")};
+}
+
+}  // namespace
+
+std::optional<FileManagerWindow> frontFileManagerWindow(XDisplay& display, InFront inFront) {
+  std::vector<std::uint32_t> windows =
+      inFront == InFront::Topmost ? display.numbers(display.root(), "_NET_CLIENT_LIST_STACKING")
+                                  : std::vector<std::uint32_t>();
+  const auto active = display.numbers(display.root(), "_NET_ACTIVE_WINDOW");
+  windows.insert(windows.end(), active.begin(), active.end());
+  std::reverse(windows.begin(), windows.end());
+  for (const xcb_window_t window : windows) {
+    if (auto found = asFileManagerWindow(display, window)) {
+      return found;
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace quennel

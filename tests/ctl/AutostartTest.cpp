@@ -1,0 +1,69 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "ctl/Autostart.h"
+#include "tests/support/Process.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quennel::test {
+namespace {
+
+std::string contents(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
+
+class AutostartTest : public testing::Test {
+ protected:
+  TemporaryDirectory config;
+  const std::string entry = config / "autostart/net.brellow.QuennelHelper.desktop";
+  const Autostart autostart{config / "autostart", "/opt/quennel/bin/quennelhelper"};
+};
+
+}  // namespace
+
+TEST_F(AutostartTest, EntryStartsTheHelperWhereItIs) {
+  EXPECT_TRUE(autostart.setEnabled(true));
+  EXPECT_NE(contents(entry).find("\nExec=\"/opt/quennel/bin/quennelhelper\"\n"), std::string::npos);
+}
+
+TEST_F(AutostartTest, DesktopsAcceptTheEntry) {
+  if (!isInstalled("desktop-file-validate")) {
+    GTEST_SKIP() << "desktop-file-validate is not installed";
+  }
+  const Autostart odd(config / "autostart", "/my \"$100% \\ `folder`/quennelhelper");
+  EXPECT_TRUE(odd.setEnabled(true));
+  EXPECT_NE(contents(entry).find(R"(Exec="/my \\"\\$100%% \\\\ \\`folder\\`/quennelhelper")"),
+            std::string::npos);
+  Process validate({"desktop-file-validate", entry});
+  EXPECT_EQ(validate.wait(), 0) << validate.output() << validate.errorOutput();
+}
+
+TEST_F(AutostartTest, EntryThatTheUserChangedIsLeftAlone) {
+  EXPECT_TRUE(autostart.setEnabled(true));
+  std::ofstream(entry) << "[Desktop Entry]\nHidden=true\n";
+  EXPECT_TRUE(autostart.setEnabled(true));
+  EXPECT_EQ(contents(entry), "[Desktop Entry]\nHidden=true\n");
+}
+
+TEST_F(AutostartTest, EntryIsRemovedWhenItIsNotWantedAnyMore) {
+  EXPECT_TRUE(autostart.setEnabled(true));
+  EXPECT_TRUE(autostart.setEnabled(false));
+  EXPECT_FALSE(std::filesystem::exists(entry));
+  EXPECT_TRUE(autostart.setEnabled(false));
+}
+
+TEST_F(AutostartTest, FolderThatCannotBeMadeIsReported) {
+  std::ofstream(config / "autostart") << "a file in its place";
+  Error error;
+  EXPECT_FALSE(autostart.setEnabled(true, &error));
+  EXPECT_NE(error.code, 0);
+  EXPECT_FALSE(error.localizedDescription.empty());
+}
+
+}  // namespace quennel::test
