@@ -1,10 +1,11 @@
 #include <utility>
 
-#include "access/AuthorizedDir.h"
 #include "app/AppDelegate.h"
 #include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
 #include "platform/values/PropertyList.h"
+#include "settings/AuthorizedDir.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 

@@ -4,6 +4,7 @@
 #include "platform/UserInterface.h"
 #include "platform/values/Text.h"
 #include "platform/values/URL.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 
@@ -17,7 +18,7 @@ void AppDelegate::handleURLEvent(const URLEvent& event) {
     reportMissingTemplate();
   } else {
     const auto dir = url ? std::optional(url->path()) : std::nullopt;
-    if (sharedDefaults().boolForKey("skipFilename")) {
+    if (sharedDefaults().boolForKey(skipFilenameKey)) {
       createFileAtDir(dir, *template_);
     } else {
       showNewFilePanel(dir, *template_);

@@ -9,6 +9,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/VolumeEvents.h"
 #include "platform/values/Path.h"
+#include "settings/SharedSettings.h"
 #include "watch/VDKQueue.h"
 
 namespace quennel {
@@ -91,7 +92,7 @@ void AppDelegate::userDefaultsDidChange(const Notification& notification) {
 }
 
 void AppDelegate::checkAndTerminate() {
-  if (sharedDefaults().boolForKey("runInBackground")) {
+  if (sharedDefaults().boolForKey(runInBackgroundKey)) {
     return;
   }
   _platform.runLoop.dispatchAfter(quitDelay, [this] {
@@ -102,7 +103,7 @@ void AppDelegate::checkAndTerminate() {
 }
 
 void AppDelegate::armRequestQuitCheck() {
-  if (sharedDefaults().boolForKey("runInBackground")) {
+  if (sharedDefaults().boolForKey(runInBackgroundKey)) {
     return;
   }
   _platform.runLoop.dispatchAfter(quitDelay, [this] { terminateIfUnused(); });
@@ -115,16 +116,11 @@ void AppDelegate::terminateIfUnused() {
 }
 
 std::optional<FileTemplate> AppDelegate::findTemplateByIndex(std::int64_t index) const {
-  const auto stored = sharedDefaults().objectForKey("fileTemplates");
-  const PropertyList::Array* templates = stored ? stored->array() : nullptr;
-  if (!templates || index < 0 || static_cast<std::uint64_t>(index) >= templates->size()) {
-    return std::nullopt;
-  }
-  return (*templates)[static_cast<std::size_t>(index)];
+  return templateAtIndex(sharedDefaults().objectForKey(fileTemplatesKey), index);
 }
 
 std::string AppDelegate::localizedStringForKey(const std::string& key) const {
-  if (const auto replacements = sharedDefaults().objectForKey("localizedStrings")) {
+  if (const auto replacements = sharedDefaults().objectForKey(localizedStringsKey)) {
     const PropertyList* entry = replacements->objectForKey(key);
     const std::string* text = entry ? entry->string() : nullptr;
     if (text && !text->empty()) {

@@ -11,13 +11,13 @@
 #include <string_view>
 #include <vector>
 
-#include "app/FileTemplate.h"
 #include "creation/AppUtil.h"
 #include "platform/ActionTarget.h"
 #include "platform/Error.h"
 #include "platform/Platform.h"
 #include "platform/Registration.h"
 #include "platform/UserInterface.h"
+#include "settings/FileTemplate.h"
 #include "watch/VDKQueueDelegate.h"
 
 namespace quennel {
@@ -25,10 +25,6 @@ namespace quennel {
 class InstallScriptWindowController;
 struct Notification;
 struct URLEvent;
-
-/// The suite of settings that the main application shares with the helper; also the name of its
-/// notifications.
-inline constexpr const char* sharedSuiteName = "Q4T7N2W9X5.net.brellow.Quennel";
 
 /// The application object: the hub that every flow is an operation of, or is called by. Each flow's
 /// operations are defined in the folder that they belong to. Main thread only; it outlives the work

@@ -25,6 +25,7 @@
 #include "platform/linux/tasks/LinuxUserScripts.h"
 #include "platform/linux/ui/LazyUserInterface.h"
 #include "platform/linux/watch/InotifyKernelQueueFactory.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {

@@ -7,6 +7,7 @@
 #include "platform/Workspace.h"
 #include "platform/values/Path.h"
 #include "platform/values/Text.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 
@@ -54,13 +55,13 @@ void AppDelegate::finishNewItem(const std::string& path, const FileTemplate& tem
 }
 
 void AppDelegate::runPostCreationActions(const std::string& path) {
-  if (sharedDefaults().boolForKey("showFileOnCreation") && !isDesktopDir(path)) {
+  if (sharedDefaults().boolForKey(showFileOnCreationKey) && !isDesktopDir(path)) {
     _platform.workspace.activateFileViewerSelectingItems({path});
   }
-  if (sharedDefaults().boolForKey("playSound")) {
+  if (sharedDefaults().boolForKey(playSoundKey)) {
     _platform.sound.playSoundNamed("sound");
   }
-  if (sharedDefaults().boolForKey("openFileOnCreation")) {
+  if (sharedDefaults().boolForKey(openFileOnCreationKey)) {
     _platform.workspace.openFile(path);
   }
 }

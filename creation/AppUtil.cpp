@@ -8,14 +8,13 @@
 #include "platform/SecurityScope.h"
 #include "platform/values/Path.h"
 #include "platform/values/Text.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 
 namespace {
 
 constexpr std::uint16_t executeBits = 0111;
-// The name under which the product's programs tell each other that something has changed.
-constexpr const char* refreshNotificationName = "Q4T7N2W9X5.net.brellow.Quennel";
 
 }  // namespace
 
@@ -146,8 +145,7 @@ void AppUtil::updateDateForFile(FileAttributes::Date date, const std::string& pa
 }
 
 void AppUtil::postRefreshNotification(const std::string& object) const {
-  _platform.distributedNotificationCenter.postNotification({refreshNotificationName, object, {}},
-                                                           true);
+  _platform.distributedNotificationCenter.postNotification({sharedSuiteName, object, {}}, true);
 }
 
 std::optional<std::string> AppUtil::humanReadableFileTypeForFileExtension(

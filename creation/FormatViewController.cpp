@@ -10,6 +10,7 @@
 #include "platform/SavePanel.h"
 #include "platform/UserDefaults.h"
 #include "platform/values/Text.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 
@@ -27,7 +28,7 @@ PopUpButton& FormatViewController::view() {
 }
 
 void FormatViewController::viewDidLoad() {
-  const auto templates = _platform.sharedDefaults.arrayForKey("fileTemplates");
+  const auto templates = _platform.sharedDefaults.arrayForKey(fileTemplatesKey);
   _view.removeAllItems();
   for (const FileTemplate& template_ : templates.value_or(PropertyList::Array())) {
     const bool isSelected = template_ == _selectedTemplate;

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "app/FileTemplate.h"
 #include "creation/AppUtil.h"
 #include "platform/Platform.h"
 #include "platform/PopUpButton.h"
+#include "settings/FileTemplate.h"
 
 namespace quennel {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "app/FileTemplate.h"
+#include "settings/FileTemplate.h"
 
 namespace quennel {
 

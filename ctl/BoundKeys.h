@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "app/FileTemplate.h"
 #include "ctl/HelperConnection.h"
+#include "settings/FileTemplate.h"
 
 namespace quennel {
 

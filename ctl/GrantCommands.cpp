@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "access/AuthorizedDir.h"
 #include "ctl/Command.h"
 #include "ctl/CommandError.h"
 #include "ctl/FilePath.h"
 #include "ctl/Suggestion.h"
 #include "ctl/Table.h"
 #include "platform/values/Path.h"
+#include "settings/AuthorizedDir.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {

@@ -8,13 +8,14 @@
 #include "ctl/TemplateIndex.h"
 #include "platform/values/Text.h"
 #include "platform/values/URL.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
 
 void makeFile(const Options& options, CommandContext& context) {
   const auto& arguments = options.arguments();
-  const auto templates = templatesOf(context.settings.objectForKey(templatesKey));
+  const auto templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
   const std::size_t index = templateIndex(arguments[0], templates.size());
   const std::string folder = existingFolder(arguments.size() > 1 ? arguments[1] : ".");
   context.helper.open(urlForDirectory("quennel", folder, std::to_string(index)));

@@ -9,13 +9,15 @@
 #include "ctl/CommandError.h"
 #include "ctl/Suggestion.h"
 #include "ctl/Table.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
 
 /// The settings that are on or off.
-constexpr std::array<std::string_view, 5> switches = {
-    "skipFilename", "showFileOnCreation", "playSound", "openFileOnCreation", "runInBackground"};
+constexpr std::array<std::string_view, 5> switches = {skipFilenameKey, showFileOnCreationKey,
+                                                      playSoundKey, openFileOnCreationKey,
+                                                      runInBackgroundKey};
 
 constexpr auto switchesInHelp =
     "  skipFilename        make the file at once, without asking for its name and place\n"

@@ -10,6 +10,7 @@
 #include "ctl/FilePath.h"
 #include "ctl/Table.h"
 #include "ctl/TemplateIndex.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
@@ -42,7 +43,7 @@ void printPlainly(const Rows& rows, std::ostream& output) {
 }
 
 void list(const Options& options, CommandContext& context) {
-  const auto templates = templatesOf(context.settings.objectForKey(templatesKey));
+  const auto templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
   const bool isPlain = options.has("plain");
   const bool isAny = std::ranges::any_of(templates, hasShortcut);
   if (!isAny) {

@@ -14,6 +14,7 @@
 #include "ctl/Table.h"
 #include "ctl/TemplateIndex.h"
 #include "ctl/TemplateRecord.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
@@ -31,7 +32,7 @@ void announce(CommandContext& context) {
 
 /// The helper has to run for the shortcuts to work.
 void updateAutostart(CommandContext& context) {
-  const Array templates = templatesOf(context.settings.objectForKey(templatesKey));
+  const Array templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
   Error error;
   if (!context.autostart.setEnabled(std::ranges::any_of(templates, hasShortcut), &error)) {
     context.errors << "quennelctl: whether the helper starts at login stays as it was: "
@@ -44,7 +45,7 @@ void updateAutostart(CommandContext& context) {
 void change(CommandContext& context, const std::function<void(Array&)>& work) {
   Error error;
   const bool isStored = context.settings.updateObjectForKey(
-      templatesKey,
+      fileTemplatesKey,
       [&](const std::optional<PropertyList>& stored) {
         Array templates = templatesOf(stored);
         work(templates);
@@ -97,7 +98,7 @@ std::string remarkOn(const FileTemplate& record) {
 }
 
 void list(const Options& options, CommandContext& context) {
-  const Array templates = templatesOf(context.settings.objectForKey(templatesKey));
+  const Array templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
   if (options.has("plain")) {
     listPlainly(templates, context);
     return;

@@ -4,6 +4,7 @@
 
 #include "ctl/CommandError.h"
 #include "ctl/FilePath.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
@@ -27,7 +28,7 @@ PropertyList::Array templatesOf(const std::optional<PropertyList>& stored) {
   }
   if (!stored->array()) {
     throw CommandFailure("the settings hold something else than a list under " +
-                         std::string(templatesKey));
+                         std::string(fileTemplatesKey));
   }
   return *stored->array();
 }

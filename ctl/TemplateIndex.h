@@ -8,8 +8,6 @@
 
 namespace quennel {
 
-constexpr auto templatesKey = "fileTemplates";
-
 /// The list of templates as it is stored. Throws a CommandFailure when something else is stored in
 /// its place.
 PropertyList::Array templatesOf(const std::optional<PropertyList>& stored);

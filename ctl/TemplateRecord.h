@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "app/FileTemplate.h"
 #include "ctl/Options.h"
+#include "settings/FileTemplate.h"
 
 namespace quennel {
 

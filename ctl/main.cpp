@@ -11,6 +11,7 @@
 #include "platform/linux/settings/PropertyListFile.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
 #include "platform/values/Path.h"
+#include "settings/SharedSettings.h"
 
 namespace {
 
@@ -36,8 +37,7 @@ void warnOfUnreadable(const std::string& path) {
 
 int main(int count, char** words) {
   const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
-  const std::string path =
-      PropertyListUserDefaults::pathForDomain("Q4T7N2W9X5.net.brellow.Quennel");
+  const std::string path = PropertyListUserDefaults::pathForDomain(sharedSuiteName);
   warnOfUnreadable(path);
   PropertyListUserDefaults settings(path);
   settings.registerDefaults(defaultSettings());

@@ -8,6 +8,7 @@
 #include "platform/RunLoop.h"
 #include "platform/UserDefaults.h"
 #include "platform/values/Text.h"
+#include "settings/SharedSettings.h"
 
 namespace quennel {
 
@@ -23,7 +24,7 @@ void AppDelegate::bindHotKeys() {
   for (const auto& hotKey : center.allHotKeys()) {
     center.unregisterHotKey(hotKey);
   }
-  _templates = sharedDefaults().arrayForKey("fileTemplates");
+  _templates = sharedDefaults().arrayForKey(fileTemplatesKey);
   const std::size_t count = _templates ? _templates->size() : 0;
   for (std::size_t index = 0; index < count; ++index) {
     const FileTemplate& template_ = (*_templates)[index];
@@ -66,7 +67,7 @@ void AppDelegate::shortcutAction(const std::string& name, const PTHotKey&) {
                     localizedText("No suitable file template found."), AlertStyle::Critical);
     return;
   }
-  const bool skipFilename = sharedDefaults().boolForKey("skipFilename");
+  const bool skipFilename = sharedDefaults().boolForKey(skipFilenameKey);
   getFinderPathWithTemplate(*template_, [this, &runLoop = _platform.runLoop, skipFilename](
                                             const std::string& path, const FileTemplate& found) {
     runLoop.dispatchAsync([this, skipFilename, path, found] {

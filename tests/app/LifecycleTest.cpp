@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "settings/SharedSettings.h"
 #include "tests/support/AppDelegateTest.h"
 
 namespace quennel::test {

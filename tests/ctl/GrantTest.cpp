@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "access/AuthorizedDir.h"
+#include "settings/AuthorizedDir.h"
 #include "tests/ctl/QuennelctlTest.h"
 
 namespace quennel::test {

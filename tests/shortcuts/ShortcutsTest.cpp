@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/PTHotKey.h"
+#include "settings/SharedSettings.h"
 #include "tests/support/AppDelegateTest.h"
 #include "tests/support/Deadline.h"
 

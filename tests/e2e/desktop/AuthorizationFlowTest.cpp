@@ -1,7 +1,7 @@
 #include <chrono>
 #include <filesystem>
 
-#include "access/AuthorizedDir.h"
+#include "settings/AuthorizedDir.h"
 #include "tests/e2e/desktop/DesktopTest.h"
 
 namespace quennel::test {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -31,6 +34,16 @@ inline std::string templateFileName(const FileTemplate& template_) {
   const std::string prefix = templateText(template_, "prefix");
   const std::string suffix = templateText(template_, "suffix");
   return suffix.empty() ? prefix : appendingPathExtension(prefix, suffix);
+}
+
+/// The template at a position of the list as it is stored, disabled ones counted and found too.
+inline std::optional<FileTemplate> templateAtIndex(const std::optional<PropertyList>& stored,
+                                                   std::int64_t index) {
+  const PropertyList::Array* templates = stored ? stored->array() : nullptr;
+  if (!templates || index < 0 || static_cast<std::uint64_t>(index) >= templates->size()) {
+    return std::nullopt;
+  }
+  return (*templates)[static_cast<std::size_t>(index)];
 }
 
 }  // namespace quennel

@@ -12,8 +12,6 @@ namespace quennel {
 /// run finds it.
 using AuthorizedDir = PropertyList;
 
-inline constexpr const char* authorizedDirsKey = "authorizedDirs";
-
 inline AuthorizedDir makeAuthorizedDir(const std::string& path, PropertyList::Data bookmark) {
   return PropertyList::Dictionary{{"path", path}, {"bookmarkData", std::move(bookmark)}};
 }
