@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "platform/linux/bundle/PrefixBundle.h"
 #include "platform/linux/bus/BusDistributedNotificationCenter.h"
 #include "platform/linux/bus/BusURLEvents.h"
+#include "platform/linux/bus/HandOver.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/desktop/CanberraSound.h"
 #include "platform/linux/desktop/DesktopWorkspace.h"
@@ -19,6 +21,7 @@
 #include "platform/linux/keys/SessionHotKeys.h"
 #include "platform/linux/mounts/MountTableEvents.h"
 #include "platform/linux/notifications/LocalNotificationCenter.h"
+#include "platform/linux/processes/BackgroundProgram.h"
 #include "platform/linux/scope/ConfinedFileManager.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
@@ -32,12 +35,15 @@ namespace {
 
 constexpr auto help =
     "usage: quennelhelper [URL...]\n"
+    "       quennelhelper --open [URL...]\n"
     "\n"
     "Makes new files from templates. Each URL asks for one file: its path is the folder, its "
     "query\n"
     "the template's index (quennel:///home/me/Documents?0). Without a URL it waits for requests "
     "on\n"
-    "the session bus and leaves by itself after a while. Settings: quennelctl --help.\n";
+    "the session bus and leaves by itself after a while. With --open it hands the URLs to the "
+    "session's\n"
+    "helper, which is started if need be, and ends at once. Settings: quennelctl --help.\n";
 
 /// Everything the helper is made of, in the order in which the parts need each other.
 class Helper {
@@ -122,25 +128,58 @@ void serve(const std::vector<std::string>& urls) {
   }
 }
 
+/// What a launcher starts, which may wait for its end. Where no helper can be reached over a bus,
+/// one of its own serves the URLs in the background.
+int handOver(const std::vector<std::string>& urls) {
+  switch (handOverToHelper(urls)) {
+    case HandOver::Accepted:
+      return 0;
+    case HandOver::NobodyThere: {
+      std::vector<std::string> arguments{PrefixBundle().executablePath()};
+      arguments.insert(arguments.end(), urls.begin(), urls.end());
+      if (startInBackground(arguments)) {
+        return 0;
+      }
+      break;
+    }
+    case HandOver::Failed:
+      break;
+  }
+  std::fputs("quennelhelper: the helper could not be reached\n", stderr);
+  return 1;
+}
+
+/// Of an option that ends the program, or could not be understood, the exit status.
+std::optional<int> statusForOption(const std::string& option) {
+  if (option == "--help" || option == "-h") {
+    std::fputs(help, stdout);
+    return 0;
+  }
+  if (option == "--version") {
+    std::puts("quennelhelper " QUENNEL_VERSION);
+    return 0;
+  }
+  if (option.rfind('-', 0) == 0) {
+    std::fprintf(stderr, "quennelhelper: unknown option %s\n%s", option.c_str(), help);
+    return 2;
+  }
+  return std::nullopt;
+}
+
 int main(int argc, char** argv) {
   // Threads come for a moment, one at a time: heaps of their own would only take time and memory.
   mallopt(M_ARENA_MAX, 1);
-  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  const bool opens = argc > 1 && std::strcmp(argv[1], "--open") == 0;
+  const std::vector<std::string> arguments(argv + (opens ? 2 : 1), argv + argc);
   for (const auto& argument : arguments) {
-    if (argument == "--help" || argument == "-h") {
-      std::fputs(help, stdout);
-      return 0;
-    }
-    if (argument == "--version") {
-      std::puts("quennelhelper " QUENNEL_VERSION);
-      return 0;
-    }
-    if (argument.rfind('-', 0) == 0) {
-      std::fprintf(stderr, "quennelhelper: unknown option %s\n%s", argument.c_str(), help);
-      return 2;
+    if (const auto status = statusForOption(argument)) {
+      return *status;
     }
   }
   try {
+    if (opens) {
+      return handOver(arguments);
+    }
     serve(arguments);
     return 0;
   } catch (const std::exception& exception) {

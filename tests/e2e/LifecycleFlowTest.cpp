@@ -1,5 +1,13 @@
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "tests/e2e/HelperTest.h"
@@ -47,6 +55,82 @@ TEST_F(LifecycleFlow, WithoutASessionBusTheArgumentsAreServed) {
   variables["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + (_root / "no-bus");
   Process helper({QUENNEL_HELPER, requestFor(folder(), "0")}, variables);
   EXPECT_TRUE(eventuallyExists(in("note.txt")));
+}
+
+/// What a launcher starts, as the desktop entry names it.
+class HandOverFlow : public HelperTest {
+ protected:
+  static constexpr std::chrono::seconds sooner{8};  // than the helper leaves by itself
+
+  Process launch(const Process::Environment& variables, const std::string& query = "0") {
+    return Process({QUENNEL_HELPER, "--open", requestFor(folder(), query)}, variables);
+  }
+  Process launch() { return launch(environment()); }
+};
+
+TEST_F(HandOverFlow, WhatALauncherStartsHandsOverToAHelperThatTheBusStartsAndEndsAtOnce) {
+  Process launched = launch();
+  EXPECT_EQ(launched.wait(Deadline(sooner)), 0);
+  EXPECT_TRUE(eventuallyExists(in("note.txt")));
+  EXPECT_TRUE(ownsName());
+}
+
+TEST_F(HandOverFlow, ItEndsAtOnceWhenTheHelperStaysInTheBackground) {
+  set("runInBackground", true);
+  Process launched = launch();
+  EXPECT_EQ(launched.wait(Deadline(sooner)), 0);
+  EXPECT_TRUE(eventuallyExists(in("note.txt")));
+}
+
+TEST_F(HandOverFlow, ItHandsOverToTheHelperThatRuns) {
+  Process helper = startReadyHelper();
+  Process launched = launch();
+  EXPECT_EQ(launched.wait(Deadline(sooner)), 0);
+  EXPECT_TRUE(eventuallyExists(in("note.txt")));
+  EXPECT_TRUE(helper.isRunning());
+}
+
+TEST_F(HandOverFlow, WithoutAUrlItOnlyStartsTheHelper) {
+  Process launched({QUENNEL_HELPER, "--open"}, environment());
+  EXPECT_EQ(launched.wait(Deadline(sooner)), 0);
+  EXPECT_TRUE(ownsName());
+  EXPECT_EQ(countEntries(folder()), 0u);
+}
+
+/// Serves in the background, in a process that becomes this one's child when its parent ends.
+class BackgroundFlow : public HandOverFlow {
+ protected:
+  void SetUp() override {
+    HandOverFlow::SetUp();
+    ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0), 0);
+  }
+  void TearDown() override {
+    std::ifstream children("/proc/self/task/" + std::to_string(getpid()) + "/children");
+    for (pid_t child = 0; children >> child;) {
+      std::ostringstream command;
+      command << std::ifstream("/proc/" + std::to_string(child) + "/cmdline").rdbuf();
+      if (command.str().find("quennel:") != std::string::npos) {
+        kill(child, SIGTERM);
+        waitpid(child, nullptr, 0);
+      }
+    }
+  }
+  void expectServedInTheBackground(const std::string& address) {
+    auto variables = environment();
+    variables["DBUS_SESSION_BUS_ADDRESS"] = address;
+    Process launched = launch(variables);
+    EXPECT_EQ(launched.wait(Deadline(sooner)), 0);
+    EXPECT_TRUE(eventuallyExists(in("note.txt")));
+  }
+};
+
+TEST_F(BackgroundFlow, WithoutASessionBusTheRequestIsServedInTheBackground) {
+  expectServedInTheBackground("unix:path=" + (_root / "no-bus"));
+}
+
+TEST_F(BackgroundFlow, WhereTheBusCannotStartTheHelperTheRequestIsServedInTheBackground) {
+  const PrivateBus bus;
+  expectServedInTheBackground(bus.address());
 }
 
 TEST_F(LifecycleFlow, TheQuitCommandEndsTheHelper) {

@@ -3,6 +3,7 @@
 #include <systemd/sd-bus.h>
 
 #include <memory>
+#include <string_view>
 
 namespace quennel {
 
@@ -27,6 +28,9 @@ class BusError {
 
   sd_bus_error* get() { return &_error; }
   bool hasName(const char* name) const { return sd_bus_error_has_name(&_error, name) > 0; }
+  bool nameStartsWith(std::string_view start) const {
+    return _error.name && std::string_view(_error.name).starts_with(start);
+  }
 
  private:
   sd_bus_error _error = SD_BUS_ERROR_NULL;

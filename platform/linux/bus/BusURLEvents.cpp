@@ -1,18 +1,17 @@
 #include "platform/linux/bus/BusURLEvents.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <iterator>
 #include <utility>
 
 #include "platform/linux/bus/BusPropertyList.h"
+#include "platform/linux/bus/OpenCall.h"
 #include "platform/values/URL.h"
 
 namespace quennel {
 
 namespace {
 
-constexpr auto activationTokenKey = "activation-token";
 constexpr auto startupIdKey = "desktop-startup-id";
 
 // Of the answers to RequestName.
@@ -28,55 +27,6 @@ std::string textForKey(const PropertyList::Dictionary& dictionary, const char* k
 std::string activationToken(const PropertyList::Dictionary& platformData) {
   const auto token = textForKey(platformData, activationTokenKey);
   return token.empty() ? textForKey(platformData, startupIdKey) : token;
-}
-
-/// The variable's value; the programs that this one starts shall not see it.
-std::string takeFromEnvironment(const char* name) {
-  const char* const value = getenv(name);
-  std::string taken = value ? value : "";
-  unsetenv(name);
-  return taken;
-}
-
-/// The token that the launcher gave to a program it started by its command line.
-std::string launchToken() {
-  const auto token = takeFromEnvironment("XDG_ACTIVATION_TOKEN");
-  const auto startupId = takeFromEnvironment("DESKTOP_STARTUP_ID");
-  return token.empty() ? startupId : token;
-}
-
-BusMessage newCall(sd_bus* connection, const char* method) {
-  sd_bus_message* call = nullptr;
-  const int made =
-      sd_bus_message_new_method_call(connection, &call, BusURLEvents::busName,
-                                     BusURLEvents::objectPath, BusURLEvents::interfaceName, method);
-  return BusMessage(made < 0 ? nullptr : call);
-}
-
-int appendPlatformData(sd_bus_message* call, const std::string& token) {
-  PropertyList::Dictionary platformData;
-  if (!token.empty()) {
-    platformData.emplace(activationTokenKey, token);
-  }
-  return appendDictionary(call, platformData);
-}
-
-/// A call of Open or, with nothing to open, of Activate. Null when a URL cannot travel.
-BusMessage newOpenCall(sd_bus* connection, const std::vector<std::string>& urls,
-                       const std::string& token) {
-  auto call = newCall(connection, urls.empty() ? "Activate" : "Open");
-  if (!call) {
-    return nullptr;
-  }
-  int result = 0;
-  if (!urls.empty()) {
-    result = sd_bus_message_open_container(call.get(), SD_BUS_TYPE_ARRAY, "s");
-    for (auto url = urls.begin(); result >= 0 && url != urls.end(); ++url) {
-      result = sd_bus_message_append(call.get(), "s", escapingInvalidCharacters(*url).c_str());
-    }
-    result = result < 0 ? result : sd_bus_message_close_container(call.get());
-  }
-  return result < 0 || appendPlatformData(call.get(), token) < 0 ? nullptr : std::move(call);
 }
 
 bool isAnsweredForMissingOwner(sd_bus_message* answer) {
@@ -121,6 +71,7 @@ const sd_bus_vtable BusURLEvents::methods[] = {
 
 BusURLEvents::Role BusURLEvents::claim(const std::vector<std::string>& urls) {
   const auto token = launchToken();
+  forgetLaunchToken();
   auto granted = publish() ? Answer::No : Answer::Failed;
   while (granted == Answer::No) {
     granted = requestName();
