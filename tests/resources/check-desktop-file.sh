@@ -1,12 +1,18 @@
 #!/usr/bin/env bash
-# The desktop file follows its standard, and carries the name by which the bus starts the helper.
+# usage: check-desktop-file.sh BUILD_DIRECTORY
+# The desktop entry follows its standard, serves the scheme, and starts what hands over and ends. It does
+# not ask to be activated over the bus: a launcher that ends before its message is out loses the request.
 set -eu
-cd "$(dirname "$0")/../../resources"
+build=$(cd "$1" && pwd)
 command -v desktop-file-validate >/dev/null || { echo "skipped: no desktop-file-validate"; exit 77; }
 
-desktop_file=net.brellow.QuennelHelper.desktop
-complaints=$(desktop-file-validate "$desktop_file" 2>&1) || { echo "$complaints"; exit 1; }
+entry=$build/share/applications/net.brellow.QuennelHelper.desktop
+complaints=$(desktop-file-validate "$entry" 2>&1) || { echo "$complaints"; exit 1; }
 [ -z "$complaints" ] || { echo "$complaints"; exit 1; }
-grep -qx 'DBusActivatable=true' "$desktop_file"
-grep -qx 'MimeType=x-scheme-handler/quennel;' "$desktop_file"
-grep -qx "Name=${desktop_file%.desktop}" net.brellow.QuennelHelper.service.in
+grep -qxF "Exec=$build/bin/quennelhelper --open %U" "$entry"
+grep -qx 'MimeType=x-scheme-handler/quennel;' "$entry"
+if grep -q '^DBusActivatable=true' "$entry"; then
+  echo "the entry asks to be activated over the bus"
+  exit 1
+fi
+grep -qx 'Name=net.brellow.QuennelHelper' "$build/share/dbus-1/services/net.brellow.QuennelHelper.service"
