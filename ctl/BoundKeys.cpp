@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ctl/CommandError.h"
-#include "platform/values/KeyCombination.h"
+#include "platform/keys/KeyCombination.h"
 
 namespace quennel {
 

@@ -9,8 +9,8 @@
 
 #include "ctl/CommandError.h"
 #include "ctl/FilePath.h"
+#include "platform/keys/KeyCombination.h"
 #include "platform/linux/locale/UserLocale.h"
-#include "platform/values/KeyCombination.h"
 #include "platform/values/Path.h"
 
 namespace quennel {

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/settings/PropertyListDocument.h"
-#include "platform/linux/settings/PropertyListNode.h"
+#include "platform/plist/PropertyListDocument.h"
+#include "platform/plist/PropertyListError.h"
 #include "tests/fuzz/Require.h"
 
 namespace quennel::test {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/values/KeyCombination.h"
+#include "platform/keys/KeyCombination.h"
 
 namespace quennel::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/values/KeyTable.h"
+#include "platform/keys/KeyTable.h"
 
 namespace quennel::test {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/values/KeyCombination.h"
-#include "platform/values/KeyedArchive.h"
+#include "platform/keys/KeyCombination.h"
+#include "platform/keys/KeyedArchive.h"
 
 namespace quennel::test {
 namespace {

@@ -4,6 +4,8 @@
 #include <clocale>
 #include <cstdlib>
 #include <limits>
+#include <string>
+#include <vector>
 
 #include "platform/linux/settings/PropertyListFile.h"
 #include "tests/settings/SettingsTest.h"
@@ -46,6 +48,19 @@ std::string nestedXML(int depth) {
     text += "</dict>";
   }
   return xmlFile(text);
+}
+
+/// A binary property list of these objects, the first of which is the top one; places are one byte.
+std::string binaryFile(const std::vector<std::string>& objects) {
+  std::string file = "bplist00";
+  std::string offsets;
+  for (const std::string& object : objects) {
+    offsets += static_cast<char>(file.size());
+    file += object;
+  }
+  const auto table = static_cast<char>(file.size());
+  return file + offsets + std::string(6, '\0') + "\x01\x01" + std::string(7, '\0') +
+         static_cast<char>(objects.size()) + std::string(15, '\0') + table;
 }
 
 class Reading : public SettingsTest {
@@ -245,16 +260,7 @@ open(path, 'wb').write(data)
 
 TEST_F(Reading, ABinaryFileWithATextThatIsNoneIsUnreadable) {
   const auto withText = [&](const std::string& marker, const std::string& bytes) {
-    std::string file = "bplist00";
-    std::string offsets;
-    for (const std::string& object : {std::string("\xD1\x01\x02"), marker + bytes, "\x09"s}) {
-      offsets += static_cast<char>(file.size());
-      file += object;
-    }
-    const auto table = static_cast<char>(file.size());
-    file += offsets + std::string(6, '\0') + "\x01\x01"s + std::string(7, '\0') + "\x03" +
-            std::string(15, '\0') + table;
-    return contentsOf(file);
+    return contentsOf(binaryFile({"\xD1\x01\x02", marker + bytes, "\x09"}));
   };
   EXPECT_EQ(withText("\x52", "ab"), PropertyList(Dictionary{{"ab", true}}));
   EXPECT_EQ(withText("\x52", "a\0"s), unreadable);
@@ -263,6 +269,84 @@ TEST_F(Reading, ABinaryFileWithATextThatIsNoneIsUnreadable) {
   EXPECT_EQ(withText("\x62", "\x04\x16\0\0"s), unreadable);
   EXPECT_EQ(withText("\x62", "\xDE\x00\xD8\x3D"s), unreadable);
   EXPECT_EQ(withText("\x62", "\xD8\x3D\xDE\x00"s), PropertyList(Dictionary{{"😀", true}}));
+}
+
+TEST_F(Reading, ABinaryFileWithANullIsReadButForTheNull) {
+  EXPECT_EQ(contentsOf(binaryFile({"\xD2\x01\x02\x03\x04",
+                                   "\x51"
+                                   "a",
+                                   "\x51"
+                                   "b",
+                                   "\0"s, "\xA2\x03\x05", "\x09"})),
+            PropertyList(Dictionary{{"b", Array{true}}}));
+}
+
+TEST_F(Reading, TheSameObjectMayBeReferredToManyTimes) {
+  EXPECT_EQ(contentsOf(binaryFile({"\xD1\x01\x02",
+                                   "\x51"
+                                   "a",
+                                   "\xA3\x03\x03\x03", "\xA1\x04", "\x10\x07"})),
+            PropertyList(Dictionary{{"a", Array{Array{7}, Array{7}, Array{7}}}}));
+}
+
+TEST_F(Reading, NumbersThatDoNotFitAreHeldAtTheLimits) {
+  constexpr auto greatest = std::numeric_limits<std::uint64_t>::max();
+  constexpr auto least = std::numeric_limits<std::int64_t>::min();
+  const auto integer = [&](const std::string& digits) {
+    return *contentsOf(xmlFile("<dict><key>a</key><integer>" + digits + "</integer></dict>"))
+                .objectForKey("a");
+  };
+  EXPECT_EQ(integer("170141183460469231731687303715884105727"), PropertyList(greatest));
+  EXPECT_EQ(integer("-170141183460469231731687303715884105727"), PropertyList(least));
+  EXPECT_EQ(integer("-9223372036854775808"), PropertyList(least));
+  EXPECT_EQ(integer(" +0x1F "), PropertyList(31));
+  const auto binary = [&](const std::string& bytes) {
+    return *contentsOf(binaryFile({"\xD1\x01\x02",
+                                   "\x51"
+                                   "a",
+                                   "\x14" + bytes}))
+                .objectForKey("a");
+  };
+  EXPECT_EQ(binary(std::string(8, '\0') + std::string(8, '\xFF')), PropertyList(greatest));
+  EXPECT_EQ(binary("\x01" + std::string(15, '\0')), PropertyList(greatest));
+  EXPECT_EQ(binary(std::string(15, '\xFF') + "\xFB"), PropertyList(-5));
+  EXPECT_EQ(binary("\x80" + std::string(15, '\0')), PropertyList(least));
+}
+
+TEST_F(Reading, XMLElementsWithTextThatIsNotTheirsAreUnreadable) {
+  for (const char* element :
+       {"<integer>12x</integer>", "<integer>-</integer>", "<real>x</real>", "<real>1,5</real>",
+        "<date>yesterday</date>", "<date>2026-02-30T00:00:00Z</date>", "<data>*</data>",
+        "<true>no</true>", "<string>a<b/>c</string>", "<string>&#1;</string>",
+        "<string>&#xD800;</string>", "<name>x</name>", "</string>"}) {
+    EXPECT_EQ(contentsOf(xmlFile("<dict><key>a</key>" + std::string(element) + "</dict>")),
+              unreadable)
+        << element;
+  }
+}
+
+TEST_F(Reading, TenThousandTemplatesWithShortcutsAreRead) {
+  const PropertyList shortcut = Dictionary{{"characters", "N"},
+                                           {"charactersIgnoringModifiers", "n"},
+                                           {"keyCode", 45},
+                                           {"modifierFlags", 1'179'648}};
+  Array templates;
+  for (int number = 0; number < 10'000; ++number) {
+    templates.push_back(Dictionary{{"title", "Letter " + std::to_string(number)},
+                                   {"prefix", "Letter"},
+                                   {"suffix", "odt"},
+                                   {"filePath", "/home/me/Templates/Letter.odt"},
+                                   {"executable", false},
+                                   {"enabled", true},
+                                   {"shortcut", shortcut}});
+  }
+  ASSERT_TRUE(store(templates, "fileTemplates"));
+  EXPECT_EQ(contents(), PropertyList(Dictionary{{"fileTemplates", templates}}));
+  askPython(
+      "value = plistlib.load(open(path, 'rb'))\n"
+      "plistlib.dump(value, open(path, 'wb'), fmt=plistlib.FMT_BINARY)",
+      path);
+  EXPECT_EQ(contents(), PropertyList(Dictionary{{"fileTemplates", templates}}));
 }
 
 TEST_F(Reading, AFolderAndAPipeAreUnreadableAtOnce) {

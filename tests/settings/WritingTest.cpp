@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <limits>
 #include <set>
 
 #include "tests/settings/SettingsTest.h"
@@ -142,6 +143,62 @@ plistlib.dump({'uid': plistlib.UID(7), 'date': datetime.datetime(1, 1, 1), 'real
   defaults.removeObjectForKey("uid");
   ASSERT_TRUE(defaults.synchronize());
   EXPECT_EQ(askPython("print('uid' in plistlib.load(open(path, 'rb')))", path), "False\n");
+}
+
+TEST_F(Writing, ABinaryFileKeepsEveryByteOfWhatIsNotChanged) {
+  // A null, a real of four bytes and a date between two microseconds.
+  writeFile(path, std::string("bplist00\xD3\1\2\3\4\5\6\x51n\x51r\x51"
+                              "d\0\x22\x3F\x80\0\0\x33",
+                              28) +
+                      std::string("\x3F\xB9\x99\x99\x99\x99\x99\x9B", 8) +
+                      std::string("\x08\x0F\x11\x13\x15\x16\x1B\0\0\0\0\0\0\1\1", 15) +
+                      std::string(7, '\0') + "\x07" + std::string(15, '\0') + "\x24");
+  ASSERT_TRUE(store(1, "key"));
+  const std::string written = readFile(path);
+  EXPECT_NE(written.find(std::string("\x22\x3F\x80\0\0", 5)), std::string::npos);
+  EXPECT_NE(written.find("\x33\x3F\xB9\x99\x99\x99\x99\x99\x9B"), std::string::npos);
+  EXPECT_NE(written.find("\x51n"), std::string::npos);
+  EXPECT_EQ(defaults.objectForKey("r"), PropertyList(1.0));
+}
+
+TEST_F(Writing, AFileThatIsChangedOftenDoesNotGrow) {
+  askPython("plistlib.dump({'list': list(range(100))}, open(path, 'wb'), fmt=plistlib.FMT_BINARY)",
+            path);
+  ASSERT_TRUE(store(0, "key"));
+  const std::size_t size = readFile(path).size();
+  for (int value = 1; value < 10; ++value) {
+    ASSERT_TRUE(store(value, "key"));
+  }
+  EXPECT_LE(readFile(path).size(), size + 8);
+}
+
+TEST_F(Writing, LongAndOddValuesSurviveInBothForms) {
+  const PropertyList value = Array{std::string(1000, 'x'),
+                                   Data{std::string(70'000, '\xFE')},
+                                   "ä😀 <&>\n\t\"",
+                                   Array{},
+                                   Dictionary{},
+                                   Dictionary{{"<k&>", -1}},
+                                   std::numeric_limits<std::int64_t>::min(),
+                                   std::numeric_limits<std::uint64_t>::max(),
+                                   255,
+                                   65'536,
+                                   -0.1,
+                                   1e300,
+                                   false,
+                                   PropertyList::Date(std::chrono::seconds(1'000'000'000))};
+  for (const char* form : {"FMT_XML", "FMT_BINARY"}) {
+    askPython(std::string("plistlib.dump({}, open(path, 'wb'), fmt=plistlib.") + form + ")", path);
+    ASSERT_TRUE(store(value, "key"));
+    EXPECT_EQ(PropertyListUserDefaults(path).objectForKey("key"), value) << form;
+    EXPECT_EQ(askPython("value = plistlib.load(open(path, 'rb'))['key']\n"
+                        "print(len(value), len(value[0]), value[1] == b'\\xfe' * 70000, value[2:])",
+                        path),
+              "14 1000 True ['ä😀 <&>\\n\\t\"', [], {}, {'<k&>': -1}, -9223372036854775808, "
+              "18446744073709551615, 255, 65536, -0.1, 1e+300, False, "
+              "datetime.datetime(2001, 9, 9, 1, 46, 40)]\n")
+        << form;
+  }
 }
 
 TEST_F(Writing, ABinaryFileKeepsAnyDateToTheMicrosecond) {

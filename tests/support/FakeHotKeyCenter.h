@@ -6,7 +6,7 @@
 
 #include "platform/PTHotKeyCenter.h"
 #include "platform/RunLoop.h"
-#include "platform/values/KeyCombination.h"
+#include "platform/keys/KeyCombination.h"
 
 namespace quennel::test {
 

@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
+#include "platform/keys/KeyCombination.h"
 #include "platform/linux/bus/BusPropertyList.h"
-#include "platform/values/KeyCombination.h"
 
 namespace quennel::test {
 namespace {

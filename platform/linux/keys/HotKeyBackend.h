@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/Error.h"
-#include "platform/values/KeyCombination.h"
+#include "platform/keys/KeyCombination.h"
 
 namespace quennel {
 

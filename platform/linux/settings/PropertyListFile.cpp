@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "platform/linux/FileDescriptor.h"
-#include "platform/linux/settings/PropertyListLimits.h"
+#include "platform/plist/PropertyListLimits.h"
 
 namespace quennel {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/linux/settings/FileStamp.h"
-#include "platform/linux/settings/PropertyListDocument.h"
+#include "platform/plist/PropertyListDocument.h"
 #include "platform/values/PropertyList.h"
 
 namespace quennel {

@@ -12,7 +12,7 @@
 #include "platform/linux/settings/FileLock.h"
 #include "platform/linux/settings/FileReplacement.h"
 #include "platform/linux/settings/PropertyListFile.h"
-#include "platform/linux/settings/PropertyListNode.h"
+#include "platform/plist/PropertyListError.h"
 #include "platform/values/Path.h"
 
 namespace quennel {

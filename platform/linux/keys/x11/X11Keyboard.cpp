@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/values/KeyTable.h"
+#include "platform/keys/KeyTable.h"
 
 namespace quennel {
 namespace {

@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
+#include "platform/keys/KeyCombination.h"
 #include "platform/linux/keys/x11/XCB.h"
-#include "platform/values/KeyCombination.h"
 
 namespace quennel {
 

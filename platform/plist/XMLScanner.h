@@ -6,10 +6,8 @@
 
 namespace quennel {
 
-/// Finds the tags of an XML text and skips everything between them.
-///
-/// It agrees with the property-list parser on where a comment, a declaration or a tag ends, or
-/// refuses the text: a file that the two saw differently could hide its depth.
+/// Finds the tags of an XML text and skips everything between them. Refuses what no property list
+/// needs: declarations of its own, and sections between elements.
 class XMLScanner {
  public:
   enum class Kind { Opening, Closing, Empty };

@@ -1,4 +1,4 @@
-#include "platform/values/KeyCombination.h"
+#include "platform/keys/KeyCombination.h"
 
 #include <algorithm>
 #include <array>
@@ -8,8 +8,8 @@
 #include <limits>
 #include <utility>
 
-#include "platform/values/KeyTable.h"
-#include "platform/values/KeyedArchive.h"
+#include "platform/keys/KeyTable.h"
+#include "platform/keys/KeyedArchive.h"
 
 namespace quennel {
 namespace {

@@ -1,11 +1,11 @@
-#include "platform/values/KeyedArchive.h"
+#include "platform/keys/KeyedArchive.h"
 
 #include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/values/BinaryPropertyList.h"
+#include "platform/plist/BinaryPropertyList.h"
 
 namespace quennel {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/values/KeyTable.h"
+#include "platform/keys/KeyTable.h"
 
 #include <algorithm>
 #include <array>

@@ -1,12 +1,15 @@
-#include "platform/linux/settings/PropertyListDocument.h"
+#include "platform/plist/PropertyListDocument.h"
 
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/settings/BinaryForm.h"
-#include "platform/linux/settings/PropertyListLimits.h"
-#include "platform/linux/settings/PropertyListNode.h"
-#include "platform/linux/settings/XMLForm.h"
+#include "platform/plist/BinaryPropertyList.h"
+#include "platform/plist/BinaryReader.h"
+#include "platform/plist/BinaryWriter.h"
+#include "platform/plist/PropertyListError.h"
+#include "platform/plist/PropertyListLimits.h"
+#include "platform/plist/XMLReader.h"
+#include "platform/plist/XMLWriter.h"
 
 namespace quennel {
 namespace {
@@ -19,18 +22,19 @@ constexpr std::string_view emptyFile =
 </plist>
 )";
 
-PropertyListNode parsed(std::string_view bytes) {
+std::optional<PropertyList::Dictionary> dictionaryOfBytes(std::string_view bytes) {
   if (bytes.size() > maximumPropertyListSize) {
-    return nullptr;
+    return std::nullopt;
   }
   if (isBinaryPropertyList(bytes)) {
-    return isSoundBinaryPropertyList(bytes) ? nodeOfBinary(bytes) : nullptr;
+    return dictionaryOfBinary(bytes);
   }
   constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
   if (bytes.starts_with(byteOrderMark)) {
     bytes.remove_prefix(byteOrderMark.size());
   }
-  return XMLOutline::create(bytes) ? nodeOfXML(bytes) : nullptr;
+  auto list = XMLPropertyList::create(bytes);
+  return list ? std::optional(std::move(list->dictionary)) : std::nullopt;
 }
 
 PropertyList::Dictionary without(const std::string& key, PropertyList::Dictionary dictionary) {
@@ -46,12 +50,9 @@ PropertyListDocument::PropertyListDocument(std::string bytes, PropertyList::Dict
     : _bytes(std::move(bytes)), _dictionary(std::move(dictionary)) {}
 
 std::optional<PropertyListDocument> PropertyListDocument::create(std::string bytes) {
-  const PropertyListNode node = parsed(bytes);
-  const auto value = node ? propertyListOfNode(node.get()) : std::nullopt;
-  if (!value || !value->dictionary()) {
-    return std::nullopt;
-  }
-  return PropertyListDocument(std::move(bytes), *value->dictionary());
+  auto dictionary = dictionaryOfBytes(bytes);
+  return dictionary ? std::optional(PropertyListDocument(std::move(bytes), *std::move(dictionary)))
+                    : std::nullopt;
 }
 
 void PropertyListDocument::setObject(const std::optional<PropertyList>& value,

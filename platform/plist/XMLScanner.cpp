@@ -1,4 +1,4 @@
-#include "platform/linux/settings/XMLScanner.h"
+#include "platform/plist/XMLScanner.h"
 
 #include <algorithm>
 
