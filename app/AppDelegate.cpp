@@ -20,7 +20,20 @@ constexpr std::chrono::seconds quitDelay{11};
 
 }  // namespace
 
-AppDelegate::AppDelegate(const Platform& platform) : _platform(platform), _util(platform) {
+AppDelegate::AppDelegate(const Platform& platform)
+    : _platform(platform),
+      _util(platform),
+      _texts(platform.mainBundle, platform.sharedDefaults),
+      _alerts(platform.userInterface, platform.runLoop),
+      _directories(platform.securityScope, platform.sharedDefaults),
+      _authorizationPanel({.fileManager = platform.fileManager,
+                           .securityScope = platform.securityScope,
+                           .userInterface = platform.userInterface,
+                           .standardDefaults = platform.standardDefaults,
+                           .bundle = platform.mainBundle,
+                           .texts = _texts,
+                           .alerts = _alerts,
+                           .directories = _directories}) {
   if (const auto path = _platform.mainBundle.pathForResource("Defaults", "plist")) {
     if (const auto defaults = _platform.mainBundle.dictionaryWithContentsOfFile(*path)) {
       sharedDefaults().registerDefaults(*defaults);
@@ -119,32 +132,8 @@ std::optional<FileTemplate> AppDelegate::findTemplateByIndex(std::int64_t index)
   return templateAtIndex(sharedDefaults().objectForKey(fileTemplatesKey), index);
 }
 
-std::string AppDelegate::localizedStringForKey(const std::string& key) const {
-  if (const auto replacements = sharedDefaults().objectForKey(localizedStringsKey)) {
-    const PropertyList* entry = replacements->objectForKey(key);
-    const std::string* text = entry ? entry->string() : nullptr;
-    if (text && !text->empty()) {
-      return *text;
-    }
-  }
-  return localizedText(key);
-}
-
 std::string AppDelegate::localizedText(const std::string& key) const {
   return _platform.mainBundle.localizedStringForKey(key);
-}
-
-void AppDelegate::showAlert(const std::optional<std::string>& title,
-                            const std::optional<std::string>& message, AlertStyle style) const {
-  _platform.userInterface.runModal(
-      {.messageText = title, .informativeText = message, .alertStyle = style, .buttons = {}});
-}
-
-void AppDelegate::rememberPanelFolder(const std::string& folder) const {
-  UserDefaults& defaults = _platform.standardDefaults;
-  defaults.setObject(folder, "NSNavLastRootDirectory");
-  defaults.setObject(folder, "NSNavLastCurrentDirectory");
-  defaults.synchronize();
 }
 
 }  // namespace quennel

@@ -11,6 +11,10 @@
 #include <string_view>
 #include <vector>
 
+#include "access/Alerts.h"
+#include "access/AuthorizationPanel.h"
+#include "access/AuthorizedDirectories.h"
+#include "access/ReplaceableTexts.h"
 #include "creation/AppUtil.h"
 #include "platform/ActionTarget.h"
 #include "platform/Error.h"
@@ -61,9 +65,13 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   /// The template at a position of the list, disabled ones counted and found too.
   std::optional<FileTemplate> findTemplateByIndex(std::int64_t index) const;
   /// A text that the main application may replace through the setting `localizedStrings`.
-  std::string localizedStringForKey(const std::string& key) const;
+  std::string localizedStringForKey(const std::string& key) const {
+    return _texts.localizedStringForKey(key);
+  }
   void showAlert(const std::optional<std::string>& title, const std::optional<std::string>& message,
-                 AlertStyle style) const;
+                 AlertStyle style) const {
+    _alerts.showAlert(title, message, style);
+  }
 
   /// Whether a URL has ever arrived; it disables the launch quit check for good.
   bool shouldHandleURL() const { return _shouldHandleURL; }
@@ -77,22 +85,15 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   /// Makes the file that the URL asks for: its path is the folder, its query the template's index.
   void handleURLEvent(const URLEvent& event);
 
-  // Granted directories: access/AppDelegate+Access.cpp
+  // Granted directories: AuthorizedDirectories
 
-  /// Starts access to every recorded directory that can be found. Does not end access that was
-  /// started before.
-  void startAccessingURLs();
-  /// Ends access to all `openedURLs`, and leaves them in the set.
-  void stopAccessingURLs();
-  void restartAccessingURLs();
-  void workspaceDidMount();
-  void workspaceDidUnmount();
-  /// Records the directory that the user chose, for later runs: access to it is not started. A
-  /// directory whose path is recorded already is not recorded again. `url` is the path of the file
-  /// URL.
-  void saveAuthorizedURL(const std::string& url);
-  /// The paths of the directories to which `startAccessingURLs` started access.
-  const std::set<std::string>& openedURLs() const { return _openedURLs; }
+  void startAccessingURLs() { _directories.startAccessingURLs(); }
+  void stopAccessingURLs() { _directories.stopAccessingURLs(); }
+  void restartAccessingURLs() { _directories.restartAccessingURLs(); }
+  void workspaceDidMount() { restartAccessingURLs(); }
+  void workspaceDidUnmount() { restartAccessingURLs(); }
+  void saveAuthorizedURL(const std::string& url) { _directories.saveAuthorizedURL(url); }
+  const std::set<std::string>& openedURLs() const { return _directories.openedURLs(); }
 
   // Creation without a dialog: creation/AppDelegate+Creation.cpp
 
@@ -156,15 +157,9 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   void armRequestQuitCheck();
   void terminateIfUnused();
   void reportMissingTemplate();
-  /// `afterwards`, if any, is called when the user has dismissed the alert.
-  void showAlertAfterPanel(const std::string& title, const std::string& message,
-                           const std::function<void()>& afterwards = nullptr) const;
   std::unique_ptr<SavePanel> newFilePanel(const std::string& dir,
                                           const FileTemplate& template_) const;
   void makeFileAtChosenPath(const std::string& path, const FileTemplate& template_);
-  void askForAuthorization(const std::string& dir, const FileTemplate& template_);
-  void acceptAuthorization(const std::string& chosen, const std::string& dir,
-                           const FileTemplate& template_);
   void finishNewItem(const std::string& path, const FileTemplate& template_);
   void runPostCreationActions(const std::string& path);
   void runInstallScriptWindow(const std::optional<std::string>& source,
@@ -173,18 +168,19 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   void reportInvalidFolder(const std::optional<std::string>& answer) const;
   bool askForScriptsFolder(const std::string& folder);
   bool installScript(const std::string& folder);
-  /// Keeps the folder as the one in which the next panel opens.
-  void rememberPanelFolder(const std::string& folder) const;
   std::string localizedText(const std::string& key) const;
 
   Platform _platform;
   AppUtil _util;
+  ReplaceableTexts _texts;
+  Alerts _alerts;
+  AuthorizedDirectories _directories;
+  AuthorizationPanel _authorizationPanel;
   bool _shouldHandleURL = false;
   std::int64_t _panelCount = 0;
   std::optional<PropertyList::Array> _templates;
   /// The actions that have been resolved, by name.
   std::map<std::string, Action> _actions;
-  std::set<std::string> _openedURLs;
   std::shared_ptr<InstallScriptWindowController> _installScriptWindowController;
   std::vector<std::unique_ptr<Registration>> _observers;
   std::unique_ptr<Registration> _urlHandler;

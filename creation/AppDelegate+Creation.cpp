@@ -1,7 +1,6 @@
 #include "app/AppDelegate.h"
 #include "platform/Bundle.h"
 #include "platform/FileManager.h"
-#include "platform/RunLoop.h"
 #include "platform/Sound.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
@@ -11,19 +10,14 @@
 
 namespace quennel {
 
-namespace {
-
-/// An alert that follows a panel waits until the panel has gone away.
-constexpr std::chrono::milliseconds alertDelay{300};
-
-}  // namespace
-
 void AppDelegate::createFileAtDir(const std::optional<std::string>& dir,
                                   const FileTemplate& template_) {
   if (_util.isWritableFileAtPath(dir)) {
     makeFileAtDir(*dir, template_);
   } else {
-    askForAuthorization(dir.value_or(""), template_);
+    const std::string folder = dir.value_or("");
+    _authorizationPanel.askFor(folder,
+                               [this, folder, template_] { makeFileAtDir(folder, template_); });
   }
 }
 
@@ -31,13 +25,14 @@ void AppDelegate::makeFileAtDir(const std::string& dir, const FileTemplate& temp
   const std::string name = templateFileName(template_);
   if (name.empty()) {
     // Joined to the folder it would name the folder itself, and the free name one beside it.
-    showAlertAfterPanel("Error creating file!", localizedText("The template has no file name."));
+    _alerts.showAfterPanel(localizedText("Error creating file!"),
+                           localizedText("The template has no file name."));
     return;
   }
   const std::string path = _util.genNewPathForPath(appendingPathComponent(dir, name));
   Error error;
   if (!_platform.fileManager.copyItemAtPath(templateText(template_, "filePath"), path, &error)) {
-    showAlertAfterPanel("Error creating file!", error.localizedDescription);
+    _alerts.showAfterPanel(localizedText("Error creating file!"), error.localizedDescription);
     return;
   }
   finishNewItem(path, template_);
@@ -69,16 +64,6 @@ void AppDelegate::runPostCreationActions(const std::string& path) {
 bool AppDelegate::isDesktopDir(const std::string& path) const {
   const std::string desktop = formatted("/Users/%@/Desktop", _platform.fileManager.userName());
   return path == desktop || deletingLastPathComponent(path) == desktop;
-}
-
-void AppDelegate::showAlertAfterPanel(const std::string& title, const std::string& message,
-                                      const std::function<void()>& afterwards) const {
-  _platform.runLoop.dispatchAfter(alertDelay, [this, title, message, afterwards] {
-    _util.showAlert(localizedText(title), message, AlertStyle::Critical);
-    if (afterwards) {
-      afterwards();
-    }
-  });
 }
 
 }  // namespace quennel

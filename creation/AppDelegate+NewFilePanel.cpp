@@ -1,6 +1,7 @@
 #include <utility>
 #include <vector>
 
+#include "access/PanelFolder.h"
 #include "app/AppDelegate.h"
 #include "creation/FormatViewController.h"
 #include "creation/NameProposal.h"
@@ -30,7 +31,7 @@ void AppDelegate::showNewFilePanel(const std::optional<std::string>& dir,
     return;
   }
   setPanelCount(panelCount() + 1);
-  rememberPanelFolder(*dir);
+  rememberPanelFolder(_platform.standardDefaults, *dir);
   _platform.userInterface.activateIgnoringOtherApps();
   const auto panel = newFilePanel(*dir, template_);
   FormatViewController chooser(_platform, template_);
@@ -73,12 +74,13 @@ void AppDelegate::makeFileAtChosenPath(const std::string& path, const FileTempla
   if (files.fileExistsAtPath(path) && !holdsTemplate(path, template_) &&
       !files.removeItemAtPath(path, &error)) {
     // The count stays raised here, too.
-    showAlertAfterPanel("Error removing existing file!", error.localizedDescription);
+    _alerts.showAfterPanel(localizedText("Error removing existing file!"),
+                           error.localizedDescription);
     return;
   }
   if (!files.copyItemAtPath(templateText(template_, "filePath"), path, &error)) {
-    showAlertAfterPanel("Error creating file!", error.localizedDescription,
-                        [this] { setPanelCount(panelCount() - 1); });
+    _alerts.showAfterPanel(localizedText("Error creating file!"), error.localizedDescription,
+                           [this] { setPanelCount(panelCount() - 1); });
     return;
   }
   finishNewItem(path, template_);

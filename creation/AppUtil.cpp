@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "access/Alerts.h"
 #include "creation/FreeName.h"
 #include "platform/DistributedNotificationCenter.h"
 #include "platform/SecurityScope.h"
@@ -159,11 +160,7 @@ bool AppUtil::isDir(const std::string& path) const {
 
 void AppUtil::showAlert(const std::optional<std::string>& title,
                         const std::optional<std::string>& message, AlertStyle style) const {
-  Alert alert;
-  alert.messageText = title;
-  alert.informativeText = message;
-  alert.alertStyle = style;
-  _platform.userInterface.runModal(alert);
+  quennel::showAlert(_platform.userInterface, title, message, style);
 }
 
 void AppUtil::showAlert(const std::optional<std::string>& title,

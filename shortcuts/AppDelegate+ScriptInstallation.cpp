@@ -1,6 +1,7 @@
 #include <chrono>
 #include <memory>
 
+#include "access/PanelFolder.h"
 #include "app/AppDelegate.h"
 #include "installui/InstallScriptWindowController.h"
 #include "platform/Bundle.h"
@@ -28,7 +29,7 @@ bool AppDelegate::checkAndInstallScripts() {
               AlertStyle::Critical);
     return false;
   }
-  rememberPanelFolder(*folder);
+  rememberPanelFolder(_platform.standardDefaults, *folder);
   setPanelCount(panelCount() + 1);
   _platform.userInterface.activateIgnoringOtherApps();
   if (!askForScriptsFolder(*folder)) {

@@ -1,6 +1,7 @@
+#include "access/AuthorizedDirectories.h"
+
 #include <utility>
 
-#include "app/AppDelegate.h"
 #include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
 #include "platform/values/PropertyList.h"
@@ -20,45 +21,42 @@ std::string withoutTrailingSlashes(std::string path) {
 
 }  // namespace
 
-void AppDelegate::startAccessingURLs() {
+void AuthorizedDirectories::startAccessingURLs() {
   _openedURLs.clear();
   for (const AuthorizedDir& record :
-       authorizedDirsOf(sharedDefaults().objectForKey(authorizedDirsKey))) {
+       authorizedDirsOf(_sharedDefaults.objectForKey(authorizedDirsKey))) {
     const PropertyList::Data* bookmark = authorizationBookmark(record);
-    const auto url = bookmark ? _util.urlFromBookmark(*bookmark) : std::nullopt;
+    const auto url =
+        bookmark ? _securityScope.pathByResolvingBookmarkData(*bookmark) : std::nullopt;
     // Once for each directory, however many records lead to it: that is how often it is stopped.
     if (url && _openedURLs.insert(*url).second) {
-      _platform.securityScope.startAccessing(*url);
+      _securityScope.startAccessing(*url);
     }
   }
 }
 
-void AppDelegate::stopAccessingURLs() {
+void AuthorizedDirectories::stopAccessingURLs() {
   for (const std::string& url : _openedURLs) {
-    _platform.securityScope.stopAccessing(url);
+    _securityScope.stopAccessing(url);
   }
 }
 
-void AppDelegate::restartAccessingURLs() {
+void AuthorizedDirectories::restartAccessingURLs() {
   stopAccessingURLs();
   startAccessingURLs();
 }
 
-void AppDelegate::workspaceDidMount() { restartAccessingURLs(); }
-
-void AppDelegate::workspaceDidUnmount() { restartAccessingURLs(); }
-
-void AppDelegate::saveAuthorizedURL(const std::string& url) {
+void AuthorizedDirectories::saveAuthorizedURL(const std::string& url) {
   const std::string path = withoutTrailingSlashes(url);
-  auto records = authorizedDirsOf(sharedDefaults().objectForKey(authorizedDirsKey));
+  auto records = authorizedDirsOf(_sharedDefaults.objectForKey(authorizedDirsKey));
   if (findAuthorizedDir(records, path) != records.end()) {
     return;
   }
-  const auto bookmark = _util.bookmarkFromURL(path);
+  const auto bookmark = _securityScope.bookmarkDataForPath(path);
   if (!bookmark) {
     return;
   }
-  sharedDefaults().updateObjectForKey(authorizedDirsKey, [&](const auto& stored) {
+  _sharedDefaults.updateObjectForKey(authorizedDirsKey, [&](const auto& stored) {
     // Another process may have recorded it just now.
     PropertyList::Array present = authorizedDirsOf(stored);
     if (findAuthorizedDir(present, path) == present.end()) {

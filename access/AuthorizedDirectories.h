@@ -1,0 +1,39 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+namespace quennel {
+
+class SecurityScope;
+class UserDefaults;
+
+/// The directories that the user has granted: their records in the settings, and access to them.
+/// Main thread only.
+class AuthorizedDirectories {
+ public:
+  AuthorizedDirectories(SecurityScope& securityScope, UserDefaults& sharedDefaults)
+      : _securityScope(securityScope), _sharedDefaults(sharedDefaults) {}
+  AuthorizedDirectories(const AuthorizedDirectories&) = delete;
+  AuthorizedDirectories& operator=(const AuthorizedDirectories&) = delete;
+
+  /// Starts access to every recorded directory that can be found. Does not end access that was
+  /// started before.
+  void startAccessingURLs();
+  /// Ends access to all `openedURLs`, and leaves them in the set.
+  void stopAccessingURLs();
+  void restartAccessingURLs();
+  /// Records the directory that the user chose, for later runs: access to it is not started. A
+  /// directory whose path is recorded already is not recorded again. `url` is the path of the file
+  /// URL.
+  void saveAuthorizedURL(const std::string& url);
+  /// The paths of the directories to which `startAccessingURLs` started access.
+  const std::set<std::string>& openedURLs() const { return _openedURLs; }
+
+ private:
+  SecurityScope& _securityScope;
+  UserDefaults& _sharedDefaults;
+  std::set<std::string> _openedURLs;
+};
+
+}  // namespace quennel
