@@ -22,7 +22,10 @@ constexpr std::chrono::seconds quitDelay{11};
 
 AppDelegate::AppDelegate(const Platform& platform)
     : _platform(platform),
-      _util(platform),
+      _util({.fileManager = platform.fileManager,
+             .securityScope = platform.securityScope,
+             .notifications = platform.distributedNotificationCenter,
+             .userInterface = platform.userInterface}),
       _texts(platform.mainBundle, platform.sharedDefaults),
       _alerts(platform.userInterface, platform.runLoop),
       _directories(platform.securityScope, platform.sharedDefaults),

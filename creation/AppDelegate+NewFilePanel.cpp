@@ -34,8 +34,8 @@ void AppDelegate::showNewFilePanel(const std::optional<std::string>& dir,
   rememberPanelFolder(_platform.standardDefaults, *dir);
   _platform.userInterface.activateIgnoringOtherApps();
   const auto panel = newFilePanel(*dir, template_);
-  FormatViewController chooser(_platform, template_);
-  chooser.setAppDelegate(this);
+  FormatViewController chooser(sharedDefaults(), _platform.mainBundle, _util, template_);
+  chooser.setAppDelegate(&_texts);
   chooser.setSavePanel(panel.get());
   chooser.setDestDir(*dir);
   panel->setAccessoryView(chooser.view());

@@ -117,11 +117,11 @@ bool AppUtil::isWritableFileAtPath(const std::optional<std::string>& path) const
 }
 
 std::optional<PropertyList::Data> AppUtil::bookmarkFromURL(const std::string& url) const {
-  return _platform.securityScope.bookmarkDataForPath(url);
+  return _services.securityScope.bookmarkDataForPath(url);
 }
 
 std::optional<std::string> AppUtil::urlFromBookmark(const PropertyList::Data& bookmark) const {
-  return _platform.securityScope.pathByResolvingBookmarkData(bookmark);
+  return _services.securityScope.pathByResolvingBookmarkData(bookmark);
 }
 
 void AppUtil::updateDateForPath(FileAttributes::Date date, const std::string& path) const {
@@ -146,12 +146,12 @@ void AppUtil::updateDateForFile(FileAttributes::Date date, const std::string& pa
 }
 
 void AppUtil::postRefreshNotification(const std::string& object) const {
-  _platform.distributedNotificationCenter.postNotification({sharedSuiteName, object, {}}, true);
+  _services.notifications.postNotification({sharedSuiteName, object, {}}, true);
 }
 
 std::optional<std::string> AppUtil::humanReadableFileTypeForFileExtension(
     const std::string& extension) const {
-  return _platform.userInterface.localizedDescriptionOfFileExtension(extension);
+  return _services.userInterface.localizedDescriptionOfFileExtension(extension);
 }
 
 bool AppUtil::isDir(const std::string& path) const {
@@ -160,7 +160,7 @@ bool AppUtil::isDir(const std::string& path) const {
 
 void AppUtil::showAlert(const std::optional<std::string>& title,
                         const std::optional<std::string>& message, AlertStyle style) const {
-  quennel::showAlert(_platform.userInterface, title, message, style);
+  quennel::showAlert(_services.userInterface, title, message, style);
 }
 
 void AppUtil::showAlert(const std::optional<std::string>& title,

@@ -5,17 +5,25 @@
 
 #include "platform/Error.h"
 #include "platform/FileManager.h"
-#include "platform/Platform.h"
 #include "platform/UserInterface.h"
 #include "platform/values/PropertyList.h"
 
 namespace quennel {
 
+class DistributedNotificationCenter;
+class SecurityScope;
+
 /// The operations on paths and files that the flows of file creation share, and the alert. Keeps no
 /// state. Failures show in the results alone. Main thread only.
 class AppUtil {
  public:
-  explicit AppUtil(const Platform& platform) : _platform(platform) {}
+  struct Services {
+    FileManager& fileManager;
+    SecurityScope& securityScope;
+    DistributedNotificationCenter& notifications;
+    UserInterface& userInterface;
+  };
+  explicit AppUtil(const Services& services) : _services(services) {}
 
   /// `path` if nothing exists there, else the first free one of "name-1.ext", "name-2.ext" and so
   /// on beside it. The number is always appended to the name as given. Nothing reserves the result.
@@ -70,9 +78,9 @@ class AppUtil {
  private:
   bool copyFile(const std::string& path, const std::string& toPath) const;
   bool copyFolder(const std::string& path, const std::string& toPath, Error* error) const;
-  FileManager& files() const { return _platform.fileManager; }
+  FileManager& files() const { return _services.fileManager; }
 
-  Platform _platform;
+  Services _services;
 };
 
 }  // namespace quennel

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/AppDelegate.h"
+#include "access/ReplaceableTexts.h"
 #include "creation/NameProposal.h"
 #include "platform/Bundle.h"
 #include "platform/SavePanel.h"
@@ -14,13 +14,17 @@
 
 namespace quennel {
 
-FormatViewController::FormatViewController(const Platform& platform, FileTemplate selectedTemplate)
-    : _platform(platform), _util(platform), _selectedTemplate(std::move(selectedTemplate)) {}
+FormatViewController::FormatViewController(const UserDefaults& sharedDefaults, const Bundle& bundle,
+                                           const AppUtil& util, FileTemplate selectedTemplate)
+    : _sharedDefaults(sharedDefaults),
+      _bundle(bundle),
+      _util(util),
+      _selectedTemplate(std::move(selectedTemplate)) {}
 
 PopUpButton& FormatViewController::view() {
   if (!_isViewLoaded) {
     _isViewLoaded = true;
-    _view.setLabel(_platform.mainBundle.localizedStringForKey("&Template:"));
+    _view.setLabel(_bundle.localizedStringForKey("&Template:"));
     _view.setAction([this] { didChangeTemplate(); });
     viewDidLoad();
   }
@@ -28,7 +32,7 @@ PopUpButton& FormatViewController::view() {
 }
 
 void FormatViewController::viewDidLoad() {
-  const auto templates = _platform.sharedDefaults.arrayForKey(fileTemplatesKey);
+  const auto templates = _sharedDefaults.arrayForKey(fileTemplatesKey);
   _view.removeAllItems();
   for (const FileTemplate& template_ : templates.value_or(PropertyList::Array())) {
     const bool isSelected = template_ == _selectedTemplate;

@@ -1,22 +1,25 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
-#include "creation/AppUtil.h"
-#include "platform/Platform.h"
 #include "platform/PopUpButton.h"
 #include "settings/FileTemplate.h"
 
 namespace quennel {
 
-class AppDelegate;
+class AppUtil;
+class Bundle;
+class ReplaceableTexts;
 class SavePanel;
+class UserDefaults;
 
 /// The controller of the accessory view of the panel that names a new file: a pop-up button of the
 /// templates, with which the user changes to another template. One per panel; main thread only.
 class FormatViewController {
  public:
-  FormatViewController(const Platform& platform, FileTemplate selectedTemplate);
+  FormatViewController(const UserDefaults& sharedDefaults, const Bundle& bundle,
+                       const AppUtil& util, FileTemplate selectedTemplate);
   FormatViewController(const FormatViewController&) = delete;
   FormatViewController& operator=(const FormatViewController&) = delete;
 
@@ -31,8 +34,8 @@ class FormatViewController {
 
   /// Where the texts come from, and the panel that this is the accessory of. Not owned. Both are
   /// set before the view is asked for, and outlive it.
-  AppDelegate* appDelegate() const { return _appDelegate; }
-  void setAppDelegate(AppDelegate* delegate) { _appDelegate = delegate; }
+  const ReplaceableTexts* appDelegate() const { return _appDelegate; }
+  void setAppDelegate(const ReplaceableTexts* texts) { _appDelegate = texts; }
   SavePanel* savePanel() const { return _savePanel; }
   void setSavePanel(SavePanel* panel) { _savePanel = panel; }
 
@@ -49,11 +52,12 @@ class FormatViewController {
  private:
   void addItem(const FileTemplate& template_);
 
-  Platform _platform;
-  AppUtil _util;
+  const UserDefaults& _sharedDefaults;
+  const Bundle& _bundle;
+  const AppUtil& _util;
   FileTemplate _selectedTemplate;
   std::string _destDir;
-  AppDelegate* _appDelegate = nullptr;
+  const ReplaceableTexts* _appDelegate = nullptr;
   SavePanel* _savePanel = nullptr;
   PopUpButton _view;
   bool _isViewLoaded = false;

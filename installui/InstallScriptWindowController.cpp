@@ -13,8 +13,8 @@
 
 namespace quennel {
 
-InstallScriptWindowController::InstallScriptWindowController(const Platform& platform)
-    : _platform(platform), _windowing(platform.userInterface.windowing()) {}
+InstallScriptWindowController::InstallScriptWindowController(const Services& services)
+    : _services(services), _windowing(services.userInterface.windowing()) {}
 
 InstallScriptWindowController::~InstallScriptWindowController() = default;
 
@@ -22,8 +22,8 @@ Window* InstallScriptWindowController::window() {
   if (!_window && _windowing) {
     _window = _windowing->loadInstallScriptWindow(*this);
     if (_window) {
-      _imageView = std::make_unique<DragDropImageView>(_window->imageView(), _platform.fileManager,
-                                                       _platform.securityScope);
+      _imageView = std::make_unique<DragDropImageView>(_window->imageView(), _services.fileManager,
+                                                       _services.securityScope);
       _imageView->setDelegate(this);
       windowDidLoad();
     }
@@ -77,7 +77,7 @@ void InstallScriptWindowController::copyPath(const View*) {
 
 void InstallScriptWindowController::openDestination(const View*) {
   if (_destDir) {
-    _platform.workspace.openFile(*_destDir);
+    _services.workspace.openFile(*_destDir);
   }
 }
 
@@ -94,7 +94,7 @@ void InstallScriptWindowController::dropFail(const std::optional<std::string>& p
     return;
   }
   // Not before the drag has ended. The window may close, but is not dropped before this is due.
-  _platform.runLoop.dispatchAfter(std::chrono::milliseconds(300),
+  _services.runLoop.dispatchAfter(std::chrono::milliseconds(300),
                                   [controller = weak_from_this(), path = *path] {
                                     if (const auto self = controller.lock()) {
                                       self->reportFailedWriting(path);
@@ -110,12 +110,12 @@ void InstallScriptWindowController::reportFailedWriting(const std::string& path)
 void InstallScriptWindowController::showAlert(const std::optional<std::string>& title,
                                               const std::optional<std::string>& message,
                                               AlertStyle style) const {
-  _platform.userInterface.runModal(
+  _services.userInterface.runModal(
       {.messageText = title, .informativeText = message, .alertStyle = style, .buttons = {}});
 }
 
 std::string InstallScriptWindowController::localizedText(const std::string& key) const {
-  return _platform.mainBundle.localizedStringForKey(key);
+  return _services.bundle.localizedStringForKey(key);
 }
 
 }  // namespace quennel

@@ -8,13 +8,17 @@
 #include "installui/DragDropImageView.h"
 #include "installui/InstallScriptCmdViewController.h"
 #include "platform/InstallScriptWindow.h"
-#include "platform/Platform.h"
 #include "platform/Popover.h"
 #include "platform/UserInterface.h"
 
 namespace quennel {
 
+class Bundle;
+class FileManager;
+class RunLoop;
+class SecurityScope;
 class Windowing;
+class Workspace;
 
 /// The controller of the window that helps the user to install the user script: the script is an
 /// icon that is dragged into the scripts folder, which closes the window. Main thread only. Lives
@@ -24,7 +28,15 @@ class InstallScriptWindowController
       public DragDropImageViewDelegate,
       public std::enable_shared_from_this<InstallScriptWindowController> {
  public:
-  explicit InstallScriptWindowController(const Platform& platform);
+  struct Services {
+    RunLoop& runLoop;
+    FileManager& fileManager;
+    SecurityScope& securityScope;
+    Workspace& workspace;
+    UserInterface& userInterface;
+    const Bundle& bundle;
+  };
+  explicit InstallScriptWindowController(const Services& services);
   ~InstallScriptWindowController() override;
 
   /// The file to install, and the folder that it belongs into; to be set before the window is
@@ -64,7 +76,7 @@ class InstallScriptWindowController
   void makePopover();
   std::string localizedText(const std::string& key) const;
   void reportFailedWriting(const std::string& path) const;
-  Platform _platform;
+  Services _services;
   Windowing* _windowing;
   std::optional<std::string> _scriptPath;
   std::optional<std::string> _destDir;

@@ -95,7 +95,13 @@ bool AppDelegate::installScriptManually() {
 void AppDelegate::runInstallScriptWindow(const std::optional<std::string>& source,
                                          const std::optional<std::string>& folder) {
   constexpr std::chrono::milliseconds delay{300};
-  const auto controller = std::make_shared<InstallScriptWindowController>(_platform);
+  const auto controller = std::make_shared<InstallScriptWindowController>(
+      InstallScriptWindowController::Services{.runLoop = _platform.runLoop,
+                                              .fileManager = _platform.fileManager,
+                                              .securityScope = _platform.securityScope,
+                                              .workspace = _platform.workspace,
+                                              .userInterface = _platform.userInterface,
+                                              .bundle = _platform.mainBundle});
   _installScriptWindowController = controller;
   controller->setScriptPath(source);
   controller->setDestDir(folder);

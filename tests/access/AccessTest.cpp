@@ -56,7 +56,7 @@ TEST_F(Access, WithoutRecordsOpensNothing) {
 
 TEST_F(Access, IsStartedToEveryRecordedDirectoryInOrderAtTheEndOfInit) {
   setRecords({record("/c"), record("/a/b"), record("/a")});
-  delegate = std::make_unique<AppDelegate>(fakes.platform());
+  delegate = std::make_unique<AppDelegate>(platformOf(fakes));
   EXPECT_THAT(fakes.securityScope.started, ElementsAre("/c", "/a/b", "/a"));
   EXPECT_THAT(delegate->openedURLs(), UnorderedElementsAre("/a", "/a/b", "/c"));
   EXPECT_TRUE(fakes.securityScope.isAccessible("/c"));

@@ -38,7 +38,7 @@ class StoredGrant : public ::testing::Test {
         : settings(folder / "settings.plist"), scope(folder / "key"), delegate(platform()) {}
 
     Platform platform() {
-      Platform platform = fakes.platform();
+      Platform platform = platformOf(fakes);
       return {.runLoop = platform.runLoop,
               .sharedDefaults = settings,
               .standardDefaults = platform.standardDefaults,
@@ -57,7 +57,7 @@ class StoredGrant : public ::testing::Test {
               .sound = platform.sound};
     }
 
-    FakePlatform fakes;
+    FakeDesktop fakes;
     PropertyListUserDefaults settings;
     LandlockSecurityScope scope;
     AppDelegate delegate;

@@ -5,7 +5,15 @@
 namespace quennel::test {
 namespace {
 
-using Alerts = AppDelegateTest;
+class Alerts : public AppDelegateTest {
+ protected:
+  AppUtil::Services utilServices() {
+    return {.fileManager = fakes.fileManager,
+            .securityScope = fakes.securityScope,
+            .notifications = fakes.distributedNotificationCenter,
+            .userInterface = fakes.userInterface};
+  }
+};
 
 void expectTheSameAlertTwice(const std::vector<Alert>& alerts, const std::string& title) {
   ASSERT_EQ(alerts.size(), 2u);
@@ -19,14 +27,14 @@ void expectTheSameAlertTwice(const std::vector<Alert>& alerts, const std::string
 }
 
 TEST_F(Alerts, OfAppUtilShowWhatTheyAreGiven) {
-  const AppUtil util(fakes.platform());
+  const AppUtil util(utilServices());
   util.showAlert("Title!", "why", AlertStyle::Critical);
   util.showAlert(std::nullopt, std::nullopt, AlertStyle::Informational);
   expectTheSameAlertTwice(fakes.userInterface.alerts, "Title!");
 }
 
 TEST_F(Alerts, OfAppUtilAreInformationalWithoutAStyle) {
-  AppUtil(fakes.platform()).showAlert("Title!", std::nullopt);
+  AppUtil(utilServices()).showAlert("Title!", std::nullopt);
   EXPECT_EQ(fakes.userInterface.alerts.front().alertStyle, AlertStyle::Informational);
   EXPECT_EQ(fakes.userInterface.alerts.front().informativeText, std::nullopt);
 }
@@ -39,7 +47,12 @@ TEST_F(Alerts, OfTheApplicationObjectShowWhatTheyAreGiven) {
 }
 
 TEST_F(Alerts, OfTheInstallWindowShowWhatTheyAreGiven) {
-  const InstallScriptWindowController controller(fakes.platform());
+  const InstallScriptWindowController controller({.runLoop = fakes.runLoop,
+                                                  .fileManager = fakes.fileManager,
+                                                  .securityScope = fakes.securityScope,
+                                                  .workspace = fakes.workspace,
+                                                  .userInterface = fakes.userInterface,
+                                                  .bundle = fakes.mainBundle});
   controller.showAlert("Title!", "why", AlertStyle::Critical);
   controller.showAlert(std::nullopt, std::nullopt, AlertStyle::Informational);
   expectTheSameAlertTwice(fakes.userInterface.alerts, "Title!");

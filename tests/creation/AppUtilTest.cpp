@@ -11,7 +11,7 @@
 #include "creation/AppUtil.h"
 #include "platform/DistributedNotificationCenter.h"
 #include "platform/linux/files/PosixFileManager.h"
-#include "tests/support/FakePlatform.h"
+#include "tests/support/FakeDesktop.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -20,25 +20,11 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// The fakes, with these two in the places of theirs.
-Platform platformWith(FakePlatform& fakes, FileManager& files,
-                      DistributedNotificationCenter& center) {
-  return {.runLoop = fakes.runLoop,
-          .sharedDefaults = fakes.sharedDefaults,
-          .standardDefaults = fakes.standardDefaults,
-          .mainBundle = fakes.mainBundle,
-          .fileManager = files,
+AppUtil::Services servicesWith(FakeDesktop& fakes, FileManager& files) {
+  return {.fileManager = files,
           .securityScope = fakes.securityScope,
-          .workspace = fakes.workspace,
-          .volumeEvents = fakes.volumeEvents,
-          .workspaceNotificationCenter = fakes.workspaceNotificationCenter,
-          .kernelQueues = fakes.kernelQueues,
-          .distributedNotificationCenter = center,
-          .urlEvents = fakes.urlEvents,
-          .userInterface = fakes.userInterface,
-          .userScripts = fakes.userScripts,
-          .hotKeyCenter = fakes.hotKeyCenter,
-          .sound = fakes.sound};
+          .notifications = fakes.distributedNotificationCenter,
+          .userInterface = fakes.userInterface};
 }
 
 class AppUtilTest : public ::testing::Test {
@@ -53,9 +39,9 @@ class AppUtilTest : public ::testing::Test {
     return files.attributesOfItemAtPath(path)->modificationDate.value();
   }
 
-  FakePlatform fakes;
+  FakeDesktop fakes;
   FakeFileManager& files = fakes.fileManager;
-  AppUtil util{fakes.platform()};
+  AppUtil util{servicesWith(fakes, fakes.fileManager)};
   Error error;
 };
 
@@ -394,7 +380,11 @@ class RecordingCenter : public DistributedNotificationCenter {
 
 TEST_F(AppUtilTest, ARefreshIsPostedAtOnceUnderTheNameOfTheSharedSettings) {
   RecordingCenter center;
-  AppUtil(platformWith(fakes, files, center)).postRefreshNotification("/d/a.txt");
+  AppUtil({.fileManager = files,
+           .securityScope = fakes.securityScope,
+           .notifications = center,
+           .userInterface = fakes.userInterface})
+      .postRefreshNotification("/d/a.txt");
   ASSERT_EQ(center.posts.size(), 1U);
   const Notification& posted = center.posts.front().notification;
   EXPECT_EQ(posted.name, "Q4T7N2W9X5.net.brellow.Quennel");
@@ -456,8 +446,8 @@ class AppUtilOnDisk : public ::testing::Test {
   TemporaryDirectory folder;
   PosixFileManager posixFiles;
   FileManager& files = posixFiles;
-  FakePlatform fakes;
-  AppUtil util{platformWith(fakes, files, fakes.distributedNotificationCenter)};
+  FakeDesktop fakes;
+  AppUtil util{servicesWith(fakes, files)};
 };
 
 TEST_F(AppUtilOnDisk, ATakenPathGetsTheFirstFreeNumber) {

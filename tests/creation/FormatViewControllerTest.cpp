@@ -1,3 +1,5 @@
+#include "access/ReplaceableTexts.h"
+#include "creation/AppUtil.h"
 #include "creation/FormatViewController.h"
 #include "tests/support/AppDelegateTest.h"
 #include "tests/support/FakeSavePanel.h"
@@ -17,8 +19,8 @@ class FormatView : public AppDelegateTest {
     fakes.sharedDefaults.setObject(templates, "fileTemplates");
   }
   FormatViewController& controllerFor(const FileTemplate& template_) {
-    controller.emplace(fakes.platform(), template_);
-    controller->setAppDelegate(&launch());
+    controller.emplace(fakes.sharedDefaults, fakes.mainBundle, util, template_);
+    controller->setAppDelegate(&texts);
     controller->setSavePanel(&panel);
     controller->setDestDir("/d");
     controller->view();
@@ -30,6 +32,11 @@ class FormatView : public AppDelegateTest {
   PropertyList::Dictionary a = templateRecord("a", "txt");
   PropertyList::Dictionary b = templateRecord("b", "txt");
   PropertyList::Dictionary c = templateRecord("c", "");
+  const AppUtil util{{.fileManager = fakes.fileManager,
+                      .securityScope = fakes.securityScope,
+                      .notifications = fakes.distributedNotificationCenter,
+                      .userInterface = fakes.userInterface}};
+  const ReplaceableTexts texts{fakes.mainBundle, fakes.sharedDefaults};
   FakeSavePanel panel{fakes.log, nullptr};
   std::optional<FormatViewController> controller;
 };
@@ -105,7 +112,7 @@ TEST_F(FormatView, TheButtonIsLabelled) {
 }
 
 TEST_F(FormatView, IsFilledOnceWhenItIsLoaded) {
-  FormatViewController unloaded(fakes.platform(), a);
+  FormatViewController unloaded(fakes.sharedDefaults, fakes.mainBundle, util, a);
   EXPECT_EQ(unloaded.formatButton(), nullptr);
   controllerFor(a);
   store({a});

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "installui/DragDropImageView.h"
-#include "tests/support/FakePlatform.h"
+#include "tests/support/FakeDesktop.h"
 
 namespace quennel::test {
 namespace {
@@ -118,7 +118,7 @@ class IconView : public testing::Test {
     return context.calls;
   }
 
-  FakePlatform fakes;
+  FakeDesktop fakes;
   FakeImageView screen;
   Delegate delegate;
   FakeDraggingInfo drag;

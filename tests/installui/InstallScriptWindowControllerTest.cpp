@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "installui/InstallScriptWindowController.h"
-#include "tests/support/FakePlatform.h"
+#include "tests/support/FakeDesktop.h"
 
 namespace quennel::test {
 namespace {
@@ -26,9 +26,15 @@ class InstallScriptWindow : public testing::Test {
   const std::vector<Alert>& alerts() const { return fakes.userInterface.alerts; }
 
   const std::string folder = "/U/Library/Application Scripts/net.brellow.QuennelHelper";
-  FakePlatform fakes;
+  FakeDesktop fakes;
   std::shared_ptr<InstallScriptWindowController> controller =
-      std::make_shared<InstallScriptWindowController>(fakes.platform());
+      std::make_shared<InstallScriptWindowController>(
+          InstallScriptWindowController::Services{.runLoop = fakes.runLoop,
+                                                  .fileManager = fakes.fileManager,
+                                                  .securityScope = fakes.securityScope,
+                                                  .workspace = fakes.workspace,
+                                                  .userInterface = fakes.userInterface,
+                                                  .bundle = fakes.mainBundle});
   const FakeView help{{{10, 20}, {30, 40}}};
 };
 

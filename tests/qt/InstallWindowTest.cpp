@@ -17,7 +17,7 @@
 #include "platform/Windowing.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/ui/LazyUserInterface.h"
-#include "tests/support/FakePlatform.h"
+#include "tests/support/FakeDesktop.h"
 #include "tests/support/FreshSession.h"
 
 namespace quennel::test {
@@ -63,11 +63,16 @@ class InstallWindow : public testing::Test {
   EnvironmentVariable platform{"QT_QPA_PLATFORM", "offscreen"};
   EnvironmentVariable logging{"QT_LOGGING_RULES", "default.warning=false"};
   EventRunLoop loop;
-  FakePlatform fakes;
+  FakeDesktop fakes;
   LazyUserInterface userInterface{loop, fakes.mainBundle, USER_INTERFACE_MODULE};
   std::shared_ptr<InstallScriptWindowController> controller =
       std::make_shared<InstallScriptWindowController>(
-          fakes.platformWith({.runLoop = &loop, .userInterface = &userInterface}));
+          InstallScriptWindowController::Services{.runLoop = loop,
+                                                  .fileManager = fakes.fileManager,
+                                                  .securityScope = fakes.securityScope,
+                                                  .workspace = fakes.workspace,
+                                                  .userInterface = userInterface,
+                                                  .bundle = fakes.mainBundle});
 };
 
 TEST_F(InstallWindow, ShowsTheScriptAndItsFolder) {

@@ -20,7 +20,7 @@ class RealScript : public AppDelegateTest {
  protected:
   RealScript() {
     fakes.mainBundle.resources["get-finder-path.scpt"] = _home / "get-finder-path.scpt";
-    delegate = std::make_unique<AppDelegate>(fakes.platformWith({.userScripts = &*_scripts}));
+    delegate = std::make_unique<AppDelegate>(platformOf(fakes, {.userScripts = &*_scripts}));
   }
 
   std::string path() const {

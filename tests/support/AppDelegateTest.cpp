@@ -28,7 +28,7 @@ PropertyList::Dictionary AppDelegateTest::templateRecord(const std::string& pref
 }
 
 AppDelegate& AppDelegateTest::launch() {
-  delegate = std::make_unique<AppDelegate>(fakes.platform());
+  delegate = std::make_unique<AppDelegate>(platformOf(fakes));
   fakes.runLoop.setWillTerminateHandler([this] { delegate->applicationWillTerminate(); });
   delegate->applicationWillFinishLaunching();
   delegate->applicationDidFinishLaunching();

@@ -30,7 +30,7 @@ class AppDelegateTest : public testing::Test {
   static PropertyList::Dictionary templateRecord(const std::string& prefix,
                                                  const std::string& suffix);
 
-  FakePlatform fakes;
+  FakeDesktop fakes;
   std::unique_ptr<AppDelegate> delegate;
 };
 

@@ -1,80 +1,42 @@
 #pragma once
 
-#include "platform/Platform.h"
-#include "platform/linux/notifications/LocalNotificationCenter.h"
-#include "tests/support/CallLog.h"
-#include "tests/support/FakeBundle.h"
-#include "tests/support/FakeDistributedNotificationCenter.h"
-#include "tests/support/FakeFileManager.h"
-#include "tests/support/FakeHotKeyCenter.h"
-#include "tests/support/FakeKernelQueue.h"
-#include "tests/support/FakeRunLoop.h"
-#include "tests/support/FakeSecurityScope.h"
-#include "tests/support/FakeSound.h"
-#include "tests/support/FakeURLEvents.h"
-#include "tests/support/FakeUserDefaults.h"
-#include "tests/support/FakeUserInterface.h"
-#include "tests/support/FakeUserScripts.h"
-#include "tests/support/FakeVolumeEvents.h"
-#include "tests/support/FakeWorkspace.h"
+#include "app/Platform.h"
+#include "tests/support/FakeDesktop.h"
 
 namespace quennel::test {
 
-/// A whole desktop of fakes.
-struct FakePlatform {
-  CallLog log;
-  FakeRunLoop runLoop;
-  FakeUserDefaults sharedDefaults;
-  FakeUserDefaults standardDefaults;
-  FakeBundle mainBundle;
-  FakeFileManager fileManager{log};
-  FakeSecurityScope securityScope;
-  FakeWorkspace workspace{log};
-  FakeVolumeEvents volumeEvents;
-  LocalNotificationCenter workspaceNotificationCenter;
-  FakeDistributedNotificationCenter distributedNotificationCenter{runLoop};
-  FakeURLEvents urlEvents{runLoop};
-  FakeUserInterface userInterface{log};
-  FakeUserScripts userScripts;
-  FakeHotKeyCenter hotKeyCenter{runLoop};
-  FakeSound sound{log};
-  FakeKernelQueueFactory kernelQueues;
-
-  /// What a test has of the real desktop; the rest is fakes.
-  struct Real {
-    RunLoop* runLoop = nullptr;
-    Bundle* mainBundle = nullptr;
-    FileManager* fileManager = nullptr;
-    SecurityScope* securityScope = nullptr;
-    UserInterface* userInterface = nullptr;
-    UserScripts* userScripts = nullptr;
-  };
-
-  Platform platform() { return platformWith({}); }
-  Platform platformWith(const Real& real) {
-    return {.runLoop = *either<RunLoop>(real.runLoop, runLoop),
-            .sharedDefaults = sharedDefaults,
-            .standardDefaults = standardDefaults,
-            .mainBundle = *either<Bundle>(real.mainBundle, mainBundle),
-            .fileManager = *either<FileManager>(real.fileManager, fileManager),
-            .securityScope = *either<SecurityScope>(real.securityScope, securityScope),
-            .workspace = workspace,
-            .volumeEvents = volumeEvents,
-            .workspaceNotificationCenter = workspaceNotificationCenter,
-            .kernelQueues = kernelQueues,
-            .distributedNotificationCenter = distributedNotificationCenter,
-            .urlEvents = urlEvents,
-            .userInterface = *either<UserInterface>(real.userInterface, userInterface),
-            .userScripts = *either<UserScripts>(real.userScripts, userScripts),
-            .hotKeyCenter = hotKeyCenter,
-            .sound = sound};
-  }
-
- private:
-  template <typename Port>
-  static Port* either(Port* real, Port& fake) {
-    return real ? real : &fake;
-  }
+/// What a test has of the real desktop; the rest is fakes.
+struct RealParts {
+  RunLoop* runLoop = nullptr;
+  FileManager* fileManager = nullptr;
+  SecurityScope* securityScope = nullptr;
+  UserInterface* userInterface = nullptr;
+  UserScripts* userScripts = nullptr;
 };
+
+template <typename Port>
+Port& either(Port* real, Port& fake) {
+  return real ? *real : fake;
+}
+
+/// The desktop of fakes as the application object knows it.
+inline Platform platformOf(FakeDesktop& fakes, const RealParts& real = {}) {
+  return {.runLoop = either<RunLoop>(real.runLoop, fakes.runLoop),
+          .sharedDefaults = fakes.sharedDefaults,
+          .standardDefaults = fakes.standardDefaults,
+          .mainBundle = fakes.mainBundle,
+          .fileManager = either<FileManager>(real.fileManager, fakes.fileManager),
+          .securityScope = either<SecurityScope>(real.securityScope, fakes.securityScope),
+          .workspace = fakes.workspace,
+          .volumeEvents = fakes.volumeEvents,
+          .workspaceNotificationCenter = fakes.workspaceNotificationCenter,
+          .kernelQueues = fakes.kernelQueues,
+          .distributedNotificationCenter = fakes.distributedNotificationCenter,
+          .urlEvents = fakes.urlEvents,
+          .userInterface = either<UserInterface>(real.userInterface, fakes.userInterface),
+          .userScripts = either<UserScripts>(real.userScripts, fakes.userScripts),
+          .hotKeyCenter = fakes.hotKeyCenter,
+          .sound = fakes.sound};
+}
 
 }  // namespace quennel::test

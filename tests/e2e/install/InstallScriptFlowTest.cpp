@@ -90,18 +90,18 @@ class Helper {
   }
 
  private:
-  FakePlatform _fakes;
+  FakeDesktop _fakes;
   EventRunLoop _loop;
   PosixFileManager _files;
   LandlockSecurityScope _scope;
   ConfinedFileManager _confinedFiles{_files, _scope};
   LazyUserInterface _userInterface{_loop, _fakes.mainBundle, USER_INTERFACE_MODULE};
   LinuxUserScripts _scripts{_fakes.mainBundle};
-  AppDelegate _delegate{_fakes.platformWith({.runLoop = &_loop,
-                                             .fileManager = &_confinedFiles,
-                                             .securityScope = &_scope,
-                                             .userInterface = &_userInterface,
-                                             .userScripts = &_scripts})};
+  AppDelegate _delegate{platformOf(_fakes, {.runLoop = &_loop,
+                                            .fileManager = &_confinedFiles,
+                                            .securityScope = &_scope,
+                                            .userInterface = &_userInterface,
+                                            .userScripts = &_scripts})};
   std::string _source;
 };
 
