@@ -29,8 +29,8 @@ void AppDelegate::handleURLEvent(const URLEvent& event) {
 
 void AppDelegate::reportMissingTemplate() {
   setPanelCount(panelCount() + 1);
-  _util.showAlert(localizedText("Unable to create file!"),
-                  localizedText("No suitable file template found."), AlertStyle::Critical);
+  _rooms.util.showAlert(localizedText("Unable to create file!"),
+                        localizedText("No suitable file template found."), AlertStyle::Critical);
   setPanelCount(panelCount() - 1);
 }
 

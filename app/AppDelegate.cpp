@@ -20,23 +20,7 @@ constexpr std::chrono::seconds quitDelay{11};
 
 }  // namespace
 
-AppDelegate::AppDelegate(const Platform& platform)
-    : _platform(platform),
-      _util({.fileManager = platform.fileManager,
-             .securityScope = platform.securityScope,
-             .notifications = platform.distributedNotificationCenter,
-             .userInterface = platform.userInterface}),
-      _texts(platform.mainBundle, platform.sharedDefaults),
-      _alerts(platform.userInterface, platform.runLoop),
-      _directories(platform.securityScope, platform.sharedDefaults),
-      _authorizationPanel({.fileManager = platform.fileManager,
-                           .securityScope = platform.securityScope,
-                           .userInterface = platform.userInterface,
-                           .standardDefaults = platform.standardDefaults,
-                           .bundle = platform.mainBundle,
-                           .texts = _texts,
-                           .alerts = _alerts,
-                           .directories = _directories}) {
+AppDelegate::AppDelegate(const Platform& platform) : _platform(platform), _rooms{_platform} {
   if (const auto path = _platform.mainBundle.pathForResource("Defaults", "plist")) {
     if (const auto defaults = _platform.mainBundle.dictionaryWithContentsOfFile(*path)) {
       sharedDefaults().registerDefaults(*defaults);

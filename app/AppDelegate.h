@@ -11,12 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "access/Alerts.h"
-#include "access/AuthorizationPanel.h"
-#include "access/AuthorizedDirectories.h"
-#include "access/ReplaceableTexts.h"
-#include "app/Platform.h"
-#include "creation/AppUtil.h"
+#include "app/Rooms.h"
 #include "platform/ActionTarget.h"
 #include "platform/Error.h"
 #include "platform/Registration.h"
@@ -66,19 +61,19 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   std::optional<FileTemplate> findTemplateByIndex(std::int64_t index) const;
   /// A text that the main application may replace through the setting `localizedStrings`.
   std::string localizedStringForKey(const std::string& key) const {
-    return _texts.localizedStringForKey(key);
+    return _rooms.texts.localizedStringForKey(key);
   }
   void showAlert(const std::optional<std::string>& title, const std::optional<std::string>& message,
                  AlertStyle style) const {
-    _alerts.showAlert(title, message, style);
+    _rooms.alerts.showAlert(title, message, style);
   }
 
   /// Whether a URL has ever arrived; it disables the launch quit check for good.
   bool shouldHandleURL() const { return _shouldHandleURL; }
   void setShouldHandleURL(bool value) { _shouldHandleURL = value; }
   /// The number of panels and alerts that keep the helper from quitting after a request.
-  std::int64_t panelCount() const { return _panelCount; }
-  void setPanelCount(std::int64_t count) { _panelCount = count; }
+  std::int64_t panelCount() const { return _rooms.panelCount.value(); }
+  void setPanelCount(std::int64_t count) { _rooms.panelCount.set(count); }
 
   // Requests: app/AppDelegate+Requests.cpp
 
@@ -87,31 +82,26 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
 
   // Granted directories: AuthorizedDirectories
 
-  void startAccessingURLs() { _directories.startAccessingURLs(); }
-  void stopAccessingURLs() { _directories.stopAccessingURLs(); }
-  void restartAccessingURLs() { _directories.restartAccessingURLs(); }
+  void startAccessingURLs() { _rooms.directories.startAccessingURLs(); }
+  void stopAccessingURLs() { _rooms.directories.stopAccessingURLs(); }
+  void restartAccessingURLs() { _rooms.directories.restartAccessingURLs(); }
   void workspaceDidMount() { restartAccessingURLs(); }
   void workspaceDidUnmount() { restartAccessingURLs(); }
-  void saveAuthorizedURL(const std::string& url) { _directories.saveAuthorizedURL(url); }
-  const std::set<std::string>& openedURLs() const { return _directories.openedURLs(); }
+  void saveAuthorizedURL(const std::string& url) { _rooms.directories.saveAuthorizedURL(url); }
+  const std::set<std::string>& openedURLs() const { return _rooms.directories.openedURLs(); }
 
-  // Creation without a dialog: creation/AppDelegate+Creation.cpp
+  // New files: FileCreation and NewFilePanel
 
-  /// Makes a file from the template in `dir`. Where nothing may be changed there yet, returns once
-  /// a panel is shown in which the user may authorize `dir` or a folder that it is in, and makes
-  /// the file when that has happened.
-  void createFileAtDir(const std::optional<std::string>& dir, const FileTemplate& template_);
-  /// The same without asking for anything.
-  void makeFileAtDir(const std::string& dir, const FileTemplate& template_);
-  /// Whether `path` is the Desktop folder or an item directly in it.
-  bool isDesktopDir(const std::string& path) const;
-
-  // Creation with a panel that asks for the name: creation/AppDelegate+NewFilePanel.cpp
-
-  /// Lets the user name a new file, in `dir` or elsewhere, choose another template for it, and
-  /// makes it; an item of that name is replaced. Returns when the panel has closed and the file is
-  /// made. No directory shows no panel.
-  void showNewFilePanel(const std::optional<std::string>& dir, const FileTemplate& template_);
+  void createFileAtDir(const std::optional<std::string>& dir, const FileTemplate& template_) {
+    _rooms.creation.createFileAtDir(dir, template_);
+  }
+  void makeFileAtDir(const std::string& dir, const FileTemplate& template_) {
+    _rooms.creation.makeFileAtDir(dir, template_);
+  }
+  bool isDesktopDir(const std::string& path) const { return _rooms.creation.isDesktopDir(path); }
+  void showNewFilePanel(const std::optional<std::string>& dir, const FileTemplate& template_) {
+    _rooms.newFilePanel.showNewFilePanel(dir, template_);
+  }
 
   // Shortcuts: shortcuts/AppDelegate+Shortcuts.cpp
 
@@ -157,11 +147,6 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   void armRequestQuitCheck();
   void terminateIfUnused();
   void reportMissingTemplate();
-  std::unique_ptr<SavePanel> newFilePanel(const std::string& dir,
-                                          const FileTemplate& template_) const;
-  void makeFileAtChosenPath(const std::string& path, const FileTemplate& template_);
-  void finishNewItem(const std::string& path, const FileTemplate& template_);
-  void runPostCreationActions(const std::string& path);
   void runInstallScriptWindow(const std::optional<std::string>& source,
                               const std::optional<std::string>& folder);
   void reportFailedFolderQuery(const Error& error) const;
@@ -171,13 +156,8 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   std::string localizedText(const std::string& key) const;
 
   Platform _platform;
-  AppUtil _util;
-  ReplaceableTexts _texts;
-  Alerts _alerts;
-  AuthorizedDirectories _directories;
-  AuthorizationPanel _authorizationPanel;
+  Rooms _rooms;
   bool _shouldHandleURL = false;
-  std::int64_t _panelCount = 0;
   std::optional<PropertyList::Array> _templates;
   /// The actions that have been resolved, by name.
   std::map<std::string, Action> _actions;

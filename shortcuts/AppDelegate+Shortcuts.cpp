@@ -63,8 +63,8 @@ void AppDelegate::shortcutAction(const std::string& name, const PTHotKey&) {
   const auto index = integerValue(std::string_view(name).substr(actionPrefix.size()));
   const auto template_ = findTemplateByIndex(index);
   if (!template_) {
-    _util.showAlert(localizedText("Unable to create file!"),
-                    localizedText("No suitable file template found."), AlertStyle::Critical);
+    _rooms.util.showAlert(localizedText("Unable to create file!"),
+                          localizedText("No suitable file template found."), AlertStyle::Critical);
     return;
   }
   const bool skipFilename = sharedDefaults().boolForKey(skipFilenameKey);

@@ -1,10 +1,15 @@
-#include <utility>
+#include "creation/NewFilePanel.h"
+
 #include <vector>
 
+#include "access/Alerts.h"
 #include "access/PanelFolder.h"
-#include "app/AppDelegate.h"
+#include "access/ReplaceableTexts.h"
+#include "creation/FileCreation.h"
 #include "creation/FormatViewController.h"
 #include "creation/NameProposal.h"
+#include "creation/PanelCount.h"
+#include "platform/Bundle.h"
 #include "platform/FileManager.h"
 #include "platform/SavePanel.h"
 #include "platform/SecurityScope.h"
@@ -25,21 +30,22 @@ bool holdsTemplate(const std::string& path, const FileTemplate& template_) {
 
 }  // namespace
 
-void AppDelegate::showNewFilePanel(const std::optional<std::string>& dir,
-                                   const FileTemplate& template_) {
+void NewFilePanel::showNewFilePanel(const std::optional<std::string>& dir,
+                                    const FileTemplate& template_) const {
   if (!dir) {
     return;
   }
-  setPanelCount(panelCount() + 1);
-  rememberPanelFolder(_platform.standardDefaults, *dir);
-  _platform.userInterface.activateIgnoringOtherApps();
+  _services.panelCount.raise();
+  rememberPanelFolder(_services.standardDefaults, *dir);
+  _services.userInterface.activateIgnoringOtherApps();
   const auto panel = newFilePanel(*dir, template_);
-  FormatViewController chooser(sharedDefaults(), _platform.mainBundle, _util, template_);
-  chooser.setAppDelegate(&_texts);
+  FormatViewController chooser(_services.sharedDefaults, _services.bundle, _services.util,
+                               template_);
+  chooser.setAppDelegate(&_services.texts);
   chooser.setSavePanel(panel.get());
   chooser.setDestDir(*dir);
   panel->setAccessoryView(chooser.view());
-  _platform.userInterface.activateIgnoringOtherApps();
+  _services.userInterface.activateIgnoringOtherApps();
   if (panel->runModal() != ModalResponse::OK) {
     // The count stays raised: after a cancelled panel the helper does not leave by itself.
     return;
@@ -48,12 +54,13 @@ void AppDelegate::showNewFilePanel(const std::optional<std::string>& dir,
   makeFileAtChosenPath(panel->path(), item ? item->representedObject : template_);
 }
 
-std::unique_ptr<SavePanel> AppDelegate::newFilePanel(const std::string& dir,
-                                                     const FileTemplate& template_) const {
+std::unique_ptr<SavePanel> NewFilePanel::newFilePanel(const std::string& dir,
+                                                      const FileTemplate& template_) const {
   const std::string suffix = templateText(template_, "suffix");
-  const std::string name = proposedName(_util, dir, template_);
-  auto panel = _platform.userInterface.savePanel();
-  panel->setTitle(formatted(localizedStringForKey("New %@"), templateText(template_, "title")));
+  const std::string name = proposedName(_services.util, dir, template_);
+  auto panel = _services.userInterface.savePanel();
+  panel->setTitle(
+      formatted(_services.texts.localizedStringForKey("New %@"), templateText(template_, "title")));
   panel->setNameFieldStringValue(name);
   if (!suffix.empty()) {
     panel->setAllowedFileTypes(std::vector{suffix});
@@ -65,26 +72,28 @@ std::unique_ptr<SavePanel> AppDelegate::newFilePanel(const std::string& dir,
   return panel;
 }
 
-void AppDelegate::makeFileAtChosenPath(const std::string& path, const FileTemplate& template_) {
+void NewFilePanel::makeFileAtChosenPath(const std::string& path,
+                                        const FileTemplate& template_) const {
   // The user's choice in the panel is what allows this one file; nothing is recorded.
-  _platform.securityScope.allowForThisRun(path, SecurityScope::Extent::Item);
+  _services.securityScope.allowForThisRun(path, SecurityScope::Extent::Item);
   Error error;
-  FileManager& files = _platform.fileManager;
+  FileManager& files = _services.fileManager;
   // A template that is to replace itself stays, and the copy fails because something is there.
   if (files.fileExistsAtPath(path) && !holdsTemplate(path, template_) &&
       !files.removeItemAtPath(path, &error)) {
     // The count stays raised here, too.
-    _alerts.showAfterPanel(localizedText("Error removing existing file!"),
-                           error.localizedDescription);
+    _services.alerts.showAfterPanel(
+        _services.bundle.localizedStringForKey("Error removing existing file!"),
+        error.localizedDescription);
     return;
   }
   if (!files.copyItemAtPath(templateText(template_, "filePath"), path, &error)) {
-    _alerts.showAfterPanel(localizedText("Error creating file!"), error.localizedDescription,
-                           [this] { setPanelCount(panelCount() - 1); });
+    _services.creation.reportFailure(error.localizedDescription,
+                                     [this] { _services.panelCount.lower(); });
     return;
   }
-  finishNewItem(path, template_);
-  setPanelCount(panelCount() - 1);
+  _services.creation.finishNewItem(path, template_);
+  _services.panelCount.lower();
 }
 
 }  // namespace quennel
