@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "platform/Bundle.h"
 #include "platform/URLEvents.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserInterface.h"
@@ -28,10 +29,12 @@ void AppDelegate::handleURLEvent(const URLEvent& event) {
 }
 
 void AppDelegate::reportMissingTemplate() {
-  setPanelCount(panelCount() + 1);
-  _rooms.util.showAlert(localizedText("Unable to create file!"),
-                        localizedText("No suitable file template found."), AlertStyle::Critical);
-  setPanelCount(panelCount() - 1);
+  const Bundle& bundle = _platform.mainBundle;
+  _rooms.panelCount.raise();
+  _rooms.util.showAlert(bundle.localizedStringForKey("Unable to create file!"),
+                        bundle.localizedStringForKey("No suitable file template found."),
+                        AlertStyle::Critical);
+  _rooms.panelCount.lower();
 }
 
 }  // namespace quennel

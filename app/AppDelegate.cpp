@@ -119,8 +119,4 @@ std::optional<FileTemplate> AppDelegate::findTemplateByIndex(std::int64_t index)
   return templateAtIndex(sharedDefaults().objectForKey(fileTemplatesKey), index);
 }
 
-std::string AppDelegate::localizedText(const std::string& key) const {
-  return _platform.mainBundle.localizedStringForKey(key);
-}
-
 }  // namespace quennel

@@ -2,18 +2,16 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/Rooms.h"
 #include "platform/ActionTarget.h"
-#include "platform/Error.h"
 #include "platform/Registration.h"
 #include "platform/UserInterface.h"
 #include "settings/FileTemplate.h"
@@ -103,65 +101,37 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
     _rooms.newFilePanel.showNewFilePanel(dir, template_);
   }
 
-  // Shortcuts: shortcuts/AppDelegate+Shortcuts.cpp
+  // Shortcuts: Shortcuts, FolderQuery and ScriptInstaller
 
-  /// Replaces all system-wide keys by one for every template that has a shortcut, disabled ones
-  /// too. A key knows its template by its index alone.
-  void bindHotKeys();
-  /// The list of templates as it was last bound.
-  const std::optional<PropertyList::Array>& templates() const { return _templates; }
-  /// Called for the name of an action that is sent for the first time: gives it the handler that
-  /// all shortcuts share, for good, if its name begins like theirs. Answers whether it has one.
-  bool resolveInstanceMethod(const std::string& name);
-  void performAction(const std::string& name, const PTHotKey& sender) override;
-
-  // Asking the user script for the folder in front: shortcuts/AppDelegate+FolderQuery.cpp
-
-  /// Receives the absolute path of a folder, as the script printed it, and the template that it was
-  /// asked for. Called on a thread of the script's own, where it must not use the application
-  /// object, which may be gone: it queues what it does on the main queue.
-  using FinderPathHandler =
-      std::function<void(const std::string& path, const FileTemplate& template_)>;
-
-  /// Asks the user script for the folder that the file manager shows and returns at once. When that
-  /// cannot be known the user is told why, and the handler is not called.
+  void bindHotKeys() { _rooms.shortcuts.bindHotKeys(); }
+  const std::optional<PropertyList::Array>& templates() const {
+    return _rooms.shortcuts.templates();
+  }
+  bool resolveInstanceMethod(const std::string& name) {
+    return _rooms.shortcuts.resolveInstanceMethod(name);
+  }
+  void performAction(const std::string& name, const PTHotKey& sender) override {
+    _rooms.shortcuts.performAction(name, sender);
+  }
   void getFinderPathWithTemplate(const FileTemplate& template_,
-                                 FinderPathHandler completionHandler);
-
-  // Installing the user script: shortcuts/AppDelegate+ScriptInstallation.cpp
-
-  /// Whether the user script is installed; one that is not is installed first if the user agrees.
-  bool checkAndInstallScripts();
-  /// Lets the user drag it into the scripts folder; answers whether it is there then.
-  bool installScriptManually();
-  /// The controller of the window for this, while the window is there.
+                                 FolderQuery::Handler completionHandler) const {
+    _rooms.folderQuery.getFinderPathWithTemplate(template_, std::move(completionHandler));
+  }
+  bool checkAndInstallScripts() { return _rooms.installer.checkAndInstallScripts(); }
+  bool installScriptManually() { return _rooms.installer.installScriptManually(); }
   const std::shared_ptr<InstallScriptWindowController>& installScriptWindowController() const {
-    return _installScriptWindowController;
+    return _rooms.installer.installScriptWindowController();
   }
 
  private:
-  using Action = void (AppDelegate::*)(const std::string& name, const PTHotKey& sender);
-
   void watchExecutable();
-  void shortcutAction(const std::string& name, const PTHotKey& sender);
   void armRequestQuitCheck();
   void terminateIfUnused();
   void reportMissingTemplate();
-  void runInstallScriptWindow(const std::optional<std::string>& source,
-                              const std::optional<std::string>& folder);
-  void reportFailedFolderQuery(const Error& error) const;
-  void reportInvalidFolder(const std::optional<std::string>& answer) const;
-  bool askForScriptsFolder(const std::string& folder);
-  bool installScript(const std::string& folder);
-  std::string localizedText(const std::string& key) const;
 
   Platform _platform;
   Rooms _rooms;
   bool _shouldHandleURL = false;
-  std::optional<PropertyList::Array> _templates;
-  /// The actions that have been resolved, by name.
-  std::map<std::string, Action> _actions;
-  std::shared_ptr<InstallScriptWindowController> _installScriptWindowController;
   std::vector<std::unique_ptr<Registration>> _observers;
   std::unique_ptr<Registration> _urlHandler;
   std::unique_ptr<Registration> _volumeObserver;

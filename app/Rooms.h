@@ -9,6 +9,9 @@
 #include "creation/FileCreation.h"
 #include "creation/NewFilePanel.h"
 #include "creation/PanelCount.h"
+#include "shortcuts/FolderQuery.h"
+#include "shortcuts/ScriptInstaller.h"
+#include "shortcuts/Shortcuts.h"
 
 namespace quennel {
 
@@ -52,6 +55,27 @@ struct Rooms {
                              .alerts = alerts,
                              .creation = creation,
                              .panelCount = panelCount}};
+
+  FolderQuery folderQuery{platform.runLoop, platform.userScripts, platform.mainBundle, alerts};
+  ScriptInstaller installer{{.runLoop = platform.runLoop,
+                             .fileManager = platform.fileManager,
+                             .securityScope = platform.securityScope,
+                             .workspace = platform.workspace,
+                             .userInterface = platform.userInterface,
+                             .userScripts = platform.userScripts,
+                             .standardDefaults = platform.standardDefaults,
+                             .bundle = platform.mainBundle,
+                             .alerts = alerts,
+                             .panelCount = panelCount}};
+  Shortcuts shortcuts{{.runLoop = platform.runLoop,
+                       .hotKeyCenter = platform.hotKeyCenter,
+                       .sharedDefaults = platform.sharedDefaults,
+                       .bundle = platform.mainBundle,
+                       .util = util,
+                       .installer = installer,
+                       .folderQuery = folderQuery,
+                       .creation = creation,
+                       .newFilePanel = newFilePanel}};
 };
 
 }  // namespace quennel

@@ -1,6 +1,12 @@
-#include "app/AppDelegate.h"
+#include "shortcuts/FolderQuery.h"
+
+#include <memory>
+#include <utility>
+
+#include "access/Alerts.h"
 #include "platform/Bundle.h"
 #include "platform/DispatchSync.h"
+#include "platform/Error.h"
 #include "platform/Pipe.h"
 #include "platform/UserScripts.h"
 #include "platform/UserUnixTask.h"
@@ -19,27 +25,27 @@ std::optional<std::string> readAnswer(const Pipe& pipe) {
 
 }  // namespace
 
-void AppDelegate::getFinderPathWithTemplate(const FileTemplate& template_,
-                                            FinderPathHandler completionHandler) {
+void FolderQuery::getFinderPathWithTemplate(const FileTemplate& template_,
+                                            Handler completionHandler) const {
   Error error;
-  const auto folder = _platform.userScripts.applicationScriptsDirectory();
-  const auto task = _platform.userScripts.createTask(userScriptPath(folder), &error);
+  const auto folder = _userScripts.applicationScriptsDirectory();
+  const auto task = _userScripts.createTask(userScriptPath(folder), &error);
   if (!task) {
-    showAlert(localizedText("Unable to run QuennelHelper.sh!"), error.localizedDescription,
-              AlertStyle::Critical);
+    _alerts.showAlert(_bundle.localizedStringForKey("Unable to run QuennelHelper.sh!"),
+                      error.localizedDescription, AlertStyle::Critical);
     return;
   }
   const auto pipe = std::make_shared<Pipe>();
   task->setStandardOutput(pipe->fileHandleForWriting());
-  const auto script = _platform.mainBundle.pathForResource("get-finder-path", "scpt");
+  const auto script = _bundle.pathForResource("get-finder-path", "scpt");
   // The script may outlast this object, so its thread uses only what outlasts the script; `this` is
   // for the main queue, which drops its work when the program ends.
   task->executeWithArguments(
       {script.value_or("")},
-      [this, &runLoop = _platform.runLoop, pipe, completionHandler = std::move(completionHandler),
+      [this, &runLoop = _runLoop, pipe, completionHandler = std::move(completionHandler),
        template_](const std::optional<Error>& failure) {
         if (failure) {
-          runLoop.dispatchAsync([this, failure] { reportFailedFolderQuery(*failure); });
+          runLoop.dispatchAsync([this, failure] { reportFailure(*failure); });
           return;
         }
         const auto path = readAnswer(*pipe);
@@ -53,13 +59,14 @@ void AppDelegate::getFinderPathWithTemplate(const FileTemplate& template_,
       });
 }
 
-void AppDelegate::reportFailedFolderQuery(const Error& error) const {
-  showAlert(localizedText("Unable to get current folder path!"), error.localizedDescription,
-            AlertStyle::Critical);
+void FolderQuery::reportFailure(const Error& error) const {
+  _alerts.showAlert(_bundle.localizedStringForKey("Unable to get current folder path!"),
+                    error.localizedDescription, AlertStyle::Critical);
 }
 
-void AppDelegate::reportInvalidFolder(const std::optional<std::string>& answer) const {
-  showAlert(localizedText("Invalid directory path!"), answer, AlertStyle::Critical);
+void FolderQuery::reportInvalidFolder(const std::optional<std::string>& answer) const {
+  _alerts.showAlert(_bundle.localizedStringForKey("Invalid directory path!"), answer,
+                    AlertStyle::Critical);
 }
 
 }  // namespace quennel
