@@ -5,20 +5,22 @@
 #include <span>
 #include <string_view>
 
-#include "ctl/Autostart.h"
-#include "ctl/HelperConnection.h"
 #include "ctl/Options.h"
-#include "platform/SecurityScope.h"
-#include "platform/UserDefaults.h"
+#include "manage/GrantedFolders.h"
+#include "manage/Switches.h"
+#include "manage/Templates.h"
+#include "platform/FileInspector.h"
+#include "platform/HelperConnection.h"
 
 namespace quennel {
 
 /// What a command works with.
 struct CommandContext {
-  UserDefaults& settings;
+  Templates& templates;
+  Switches& switches;
+  GrantedFolders& grants;
   HelperConnection& helper;
-  SecurityScope& scope;
-  const Autostart& autostart;
+  const FileInspector& files;
   std::ostream& output;
   std::ostream& errors;
 };

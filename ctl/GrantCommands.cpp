@@ -1,115 +1,77 @@
 #include <array>
 #include <filesystem>
-#include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "ctl/Command.h"
 #include "ctl/CommandError.h"
-#include "ctl/FilePath.h"
+#include "ctl/Sentence.h"
 #include "ctl/Suggestion.h"
 #include "ctl/Table.h"
+#include "ctl/Words.h"
 #include "platform/values/Path.h"
-#include "settings/AuthorizedDir.h"
-#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
 
-using Array = PropertyList::Array;
-
-Array grantsOf(const std::optional<PropertyList>& stored) {
-  if (stored && !stored->array()) {
-    throw CommandFailure(std::string("the settings hold something else under ") +
-                         authorizedDirsKey);
-  }
-  return authorizedDirsOf(stored);
-}
-
-void change(CommandContext& context, const UserDefaults::Change& change) {
-  Error error;
-  if (!context.settings.updateObjectForKey(authorizedDirsKey, change, &error)) {
-    throw CommandFailure(error.localizedDescription);
-  }
-}
-
-/// Where the record's folder is now.
-std::optional<std::string> placeOf(const AuthorizedDir& record, CommandContext& context) {
-  const PropertyList::Data* bookmark = authorizationBookmark(record);
-  return bookmark ? context.scope.pathByResolvingBookmarkData(*bookmark) : std::nullopt;
-}
-
 void grant(const Options& options, CommandContext& context) {
-  const std::string path = existingFolder(options.arguments()[0]);
-  Error error;
-  const auto bookmark = context.scope.bookmarkDataForPath(path, &error);
-  if (!bookmark) {
-    throw CommandFailure(error.localizedDescription);
-  }
-  change(context, [&](const auto& stored) {
-    Array records = grantsOf(stored);
-    const auto record = findAuthorizedDir(records, path);
-    if (record == records.end()) {
-      records.push_back(makeAuthorizedDir(path, *bookmark));
-    } else if (placeOf(*record, context) != path) {
-      // The folder that was meant is gone or elsewhere; the user means the one that is there now.
-      *record = makeAuthorizedDir(path, *bookmark);
-    }
-    return PropertyList(std::move(records));
-  });
+  orFail(context.grants.grant(existingPath(options.arguments()[0], context.files)));
 }
 
-void listPlainly(const Array& records, CommandContext& context) {
-  for (const AuthorizedDir& record : records) {
-    if (const std::string* path = authorizedPath(record)) {
-      const auto place = placeOf(record, context);
-      context.output << shown(*path) << "\t" << (place ? shown(*place) : "") << "\n";
+void listPlainly(const std::vector<GrantedFolder>& folders, CommandContext& context) {
+  for (const GrantedFolder& folder : folders) {
+    if (folder.path) {
+      context.output << shown(*folder.path) << "\t" << shown(folder.place.value_or("")) << "\n";
     }
   }
+}
+
+std::string placeText(const GrantedFolder& folder) {
+  if (folder.isInItsPlace()) {
+    return "there";
+  }
+  return folder.place ? "at " + shown(*folder.place) : "not to be found";
 }
 
 void list(const Options& options, CommandContext& context) {
-  const Array records = grantsOf(context.settings.objectForKey(authorizedDirsKey));
+  const auto folders = orFail(context.grants.all());
   if (options.has("plain")) {
-    listPlainly(records, context);
+    listPlainly(folders, context);
     return;
   }
-  if (records.empty()) {
+  if (folders.empty()) {
     context.output << "The helper may not write anywhere yet. Let it: quennelctl grant DIR\n";
     return;
   }
   std::vector<std::vector<std::string>> rows{{"GRANTED", "NOW"}};
-  for (const AuthorizedDir& record : records) {
-    const std::string* path = authorizedPath(record);
-    const auto place = placeOf(record, context);
-    const bool isThere = path && place == *path;
-    rows.push_back({path ? shown(*path) : "(no path)",
-                    isThere ? "there" : (place ? "at " + shown(*place) : "not to be found")});
+  for (const GrantedFolder& folder : folders) {
+    rows.push_back({folder.path ? shown(*folder.path) : "(no path)", placeText(folder)});
   }
   context.output << table(rows);
+}
+
+/// "; did you mean ...", of the folders that are granted.
+std::string suggestionFor(const std::string& path, CommandContext& context) {
+  const auto folders = orFail(context.grants.all());
+  std::vector<std::string_view> known;
+  for (const GrantedFolder& folder : folders) {
+    known.push_back(folder.path ? std::string_view(*folder.path) : std::string_view());
+  }
+  return suggestion(path, known);
 }
 
 void revoke(const Options& options, CommandContext& context) {
   const std::string& name = options.arguments()[0];
   std::error_code error;
   const std::string path = standardizingPath(std::filesystem::absolute(name, error).native());
-  change(context, [&](const auto& stored) {
-    Array records = grantsOf(stored);
-    const std::size_t count = records.size();
-    std::erase_if(records, [&](const AuthorizedDir& record) {
-      const std::string* recorded = authorizedPath(record);
-      return recorded && (*recorded == name || *recorded == path);
-    });
-    if (records.size() == count) {
-      std::vector<std::string_view> known;
-      for (const AuthorizedDir& record : records) {
-        known.push_back(authorizedPath(record) ? *authorizedPath(record) : std::string_view());
-      }
-      throw CommandFailure(shown(path) + " was not granted" + suggestion(path, known));
-    }
-    return PropertyList(std::move(records));
-  });
+  const auto revoked = context.grants.revoke(name, path);
+  if (!revoked && revoked.failure().reason == Failure::Reason::NotGranted) {
+    throw CommandFailure(shown(path) + " was not granted" + suggestionFor(path, context));
+  }
+  orFail(revoked);
 }
 
 constexpr std::array listOptions{

@@ -4,21 +4,19 @@
 
 #include "ctl/Command.h"
 #include "ctl/CommandError.h"
-#include "ctl/FilePath.h"
-#include "ctl/TemplateIndex.h"
+#include "ctl/Sentence.h"
+#include "ctl/Words.h"
 #include "platform/values/Text.h"
-#include "platform/values/URL.h"
-#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
 
 void makeFile(const Options& options, CommandContext& context) {
   const auto& arguments = options.arguments();
-  const auto templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
-  const std::size_t index = templateIndex(arguments[0], templates.size());
-  const std::string folder = existingFolder(arguments.size() > 1 ? arguments[1] : ".");
-  context.helper.open(urlForDirectory("quennel", folder, std::to_string(index)));
+  const std::size_t index = templateIndex(arguments[0]);
+  const std::string folder =
+      existingFolder(arguments.size() > 1 ? arguments[1] : ".", context.files);
+  orFail(context.templates.makeFile({index}, folder));
 }
 
 void notify(const Options& options, CommandContext& context) {
@@ -26,7 +24,11 @@ void notify(const Options& options, CommandContext& context) {
   if (command.empty() || !isValidUTF8(command)) {
     throw UsageError("'" + shown(command) + "' is no command");
   }
-  if (!context.helper.notify(command)) {
+  const auto isRunning = context.helper.notify(command);
+  if (!isRunning) {
+    fail({.reason = Failure::Reason::HelperSilent, .silence = isRunning.failure()});
+  }
+  if (!isRunning.value()) {
     context.errors << "The helper is not running.\n";
   }
 }

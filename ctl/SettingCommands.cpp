@@ -3,21 +3,17 @@
 #include <cctype>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ctl/Command.h"
 #include "ctl/CommandError.h"
+#include "ctl/Sentence.h"
 #include "ctl/Suggestion.h"
 #include "ctl/Table.h"
-#include "settings/SharedSettings.h"
 
 namespace quennel {
 namespace {
-
-/// The settings that are on or off.
-constexpr std::array<std::string_view, 5> switches = {skipFilenameKey, showFileOnCreationKey,
-                                                      playSoundKey, openFileOnCreationKey,
-                                                      runInBackgroundKey};
 
 constexpr auto switchesInHelp =
     "  skipFilename        make the file at once, without asking for its name and place\n"
@@ -25,8 +21,6 @@ constexpr auto switchesInHelp =
     "  playSound           play a sound\n"
     "  openFileOnCreation  open the new file with its default application\n"
     "  runInBackground     the helper does not leave by itself; keyboard shortcuts need this";
-
-bool isSwitch(std::string_view key) { return std::ranges::find(switches, key) != switches.end(); }
 
 std::string lowerCase(std::string text) {
   std::ranges::transform(text, text.begin(),
@@ -42,28 +36,23 @@ bool switchValue(const std::string& key, const std::string& text) {
   if (word == "no" || word == "false" || word == "0") {
     return false;
   }
-  throw UsageError(key + " is either yes or no, not '" + PropertyList(text).description() + "'");
+  throw UsageError(key + " is either yes or no, not '" + shown(text) + "'");
 }
 
 void set(const Options& options, CommandContext& context) {
   const std::string& key = options.arguments()[0];
-  if (!isSwitch(key)) {
-    throw UsageError("there is no setting " + PropertyList(key).description() + " to be set" +
-                     suggestion(key, switches));
+  if (!Switches::isSwitch(key)) {
+    throw UsageError("there is no setting " + shown(key) + " to be set" +
+                     suggestion(key, Switches::keys));
   }
-  const bool value = switchValue(key, options.arguments()[1]);
-  Error error;
-  if (!context.settings.updateObjectForKey(
-          key, [&](const auto&) { return std::optional<PropertyList>(value); }, &error)) {
-    throw CommandFailure(error.localizedDescription);
-  }
+  orFail(context.switches.set(key, switchValue(key, options.arguments()[1])));
 }
 
 void getAll(CommandContext& context) {
   std::vector<std::vector<std::string>> rows;
-  rows.reserve(switches.size());
-  for (const std::string_view key : switches) {
-    rows.push_back({std::string(key), context.settings.boolForKey(key) ? "yes" : "no"});
+  rows.reserve(Switches::keys.size());
+  for (const std::string_view key : Switches::keys) {
+    rows.push_back({std::string(key), context.switches.isOn(key) ? "yes" : "no"});
   }
   context.output << table(rows);
 }
@@ -74,14 +63,13 @@ void get(const Options& options, CommandContext& context) {
     return;
   }
   const std::string& key = options.arguments()[0];
-  if (isSwitch(key)) {
-    context.output << (context.settings.boolForKey(key) ? "yes\n" : "no\n");
+  if (Switches::isSwitch(key)) {
+    context.output << (context.switches.isOn(key) ? "yes\n" : "no\n");
     return;
   }
-  const auto value = context.settings.objectForKey(key);
+  const auto value = context.switches.valueOf(key);
   if (!value) {
-    throw CommandFailure("nothing is set under " + PropertyList(key).description() +
-                         suggestion(key, switches));
+    throw CommandFailure("nothing is set under " + shown(key) + suggestion(key, Switches::keys));
   }
   context.output << value->description() << "\n";
 }

@@ -5,12 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "ctl/BoundKeys.h"
 #include "ctl/Command.h"
-#include "ctl/FilePath.h"
+#include "ctl/KeyReport.h"
+#include "ctl/Sentence.h"
 #include "ctl/Table.h"
-#include "ctl/TemplateIndex.h"
-#include "settings/SharedSettings.h"
+#include "manage/BoundKeys.h"
 
 namespace quennel {
 namespace {
@@ -24,10 +23,10 @@ Rows rowsOf(const PropertyList::Array& templates, CommandContext& context) {
   for (std::size_t index = 0; index < templates.size(); ++index) {
     const FileTemplate& record = templates[index];
     if (hasShortcut(record)) {
-      const bool isBound = keys.isBound(index);
-      rows.push_back({std::to_string(index), shortcutText(record),
-                      shown(templateText(record, "title")), isBound ? "yes" : "no",
-                      isBound ? "" : keys.reason(index)});
+      const std::string obstacle = obstacleTo(index, keys);
+      rows.push_back({std::to_string(index), shortcutShown(record),
+                      shown(templateText(record, "title")), obstacle.empty() ? "yes" : "no",
+                      obstacle});
     }
   }
   return rows;
@@ -43,7 +42,7 @@ void printPlainly(const Rows& rows, std::ostream& output) {
 }
 
 void list(const Options& options, CommandContext& context) {
-  const auto templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
+  const auto templates = orFail(context.templates.all());
   const bool isPlain = options.has("plain");
   const bool isAny = std::ranges::any_of(templates, hasShortcut);
   if (!isAny) {

@@ -1,83 +1,46 @@
-#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <filesystem>
-#include <functional>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "ctl/BoundKeys.h"
 #include "ctl/Command.h"
 #include "ctl/CommandError.h"
-#include "ctl/FilePath.h"
+#include "ctl/KeyReport.h"
+#include "ctl/Sentence.h"
 #include "ctl/Table.h"
-#include "ctl/TemplateIndex.h"
-#include "ctl/TemplateRecord.h"
-#include "settings/SharedSettings.h"
+#include "ctl/Words.h"
+#include "manage/BoundKeys.h"
 
 namespace quennel {
 namespace {
 
 using Array = PropertyList::Array;
 
-/// Tells the helper, if there is one, that its keyboard shortcuts may have changed.
-void announce(CommandContext& context) {
-  try {
-    context.helper.notify("fileTemplates");
-  } catch (const CommandFailure&) {
-    // Without a session bus there is nobody to tell.
-  }
-}
-
-/// The helper has to run for the shortcuts to work.
-void updateAutostart(CommandContext& context) {
-  const Array templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
-  Error error;
-  if (!context.autostart.setEnabled(std::ranges::any_of(templates, hasShortcut), &error)) {
-    context.errors << "quennelctl: whether the helper starts at login stays as it was: "
-                   << error.localizedDescription << "\n";
-  }
-}
-
-/// Changes the list under the lock of the settings, so that nothing that another program changes at
-/// the same moment is lost.
-void change(CommandContext& context, const std::function<void(Array&)>& work) {
-  Error error;
-  const bool isStored = context.settings.updateObjectForKey(
-      fileTemplatesKey,
-      [&](const std::optional<PropertyList>& stored) {
-        Array templates = templatesOf(stored);
-        work(templates);
-        return std::optional<PropertyList>(std::move(templates));
-      },
-      &error);
-  if (!isStored) {
-    throw CommandFailure(error.localizedDescription);
-  }
-  updateAutostart(context);
-  announce(context);
-}
-
 /// "Added template 0: Report (report.md)"
-void report(CommandContext& context, const std::string& done, const FileTemplate& record) {
-  context.output << done << ": " << shown(templateText(record, "title")) << " ("
-                 << shown(nameMadeBy(record)) << ")\n";
+void report(CommandContext& context, const std::string& done, const TemplateChange& change) {
+  context.output << done << ": " << shown(templateText(change.record, "title")) << " ("
+                 << shown(templateFileName(change.record)) << ")\n";
+  if (change.autostartFailure) {
+    context.errors << "quennelctl: whether the helper starts at login stays as it was: "
+                   << change.autostartFailure->localizedDescription << "\n";
+  }
 }
 
 /// Says whether a shortcut that was just given works; to ask starts the helper, too.
-void reportShortcut(std::size_t index, const FileTemplate& record, CommandContext& context) {
+void reportShortcut(const TemplateChange& change, CommandContext& context) {
   const BoundKeys keys(context.helper);
-  context.output << "Its shortcut " << shortcutText(record)
-                 << (keys.isBound(index) ? " works now" : " does not work: " + keys.reason(index))
-                 << "\n";
+  const std::string obstacle = obstacleTo(change.index, keys);
+  context.output << "Its shortcut " << shortcutShown(change.record)
+                 << (obstacle.empty() ? " works now" : " does not work: " + obstacle) << "\n";
 }
 
 std::string named(std::size_t index) { return "template " + std::to_string(index); }
 
 std::vector<std::string> cells(std::size_t index, const FileTemplate& record) {
   return {std::to_string(index), templateFlag(record, "enabled") ? "yes" : "no",
-          shown(templateText(record, "title")), shown(nameMadeBy(record)),
+          shown(templateText(record, "title")), shown(templateFileName(record)),
           shown(templateText(record, "filePath"))};
 }
 
@@ -91,14 +54,8 @@ void listPlainly(const Array& templates, CommandContext& context) {
   }
 }
 
-/// What a user should know about the template and no column says.
-std::string remarkOn(const FileTemplate& record) {
-  std::error_code error;
-  return std::filesystem::exists(templateText(record, "filePath"), error) ? "" : "(missing)";
-}
-
 void list(const Options& options, CommandContext& context) {
-  const Array templates = templatesOf(context.settings.objectForKey(fileTemplatesKey));
+  const Array templates = orFail(context.templates.all());
   if (options.has("plain")) {
     listPlainly(templates, context);
     return;
@@ -109,77 +66,70 @@ void list(const Options& options, CommandContext& context) {
   }
   std::vector<std::vector<std::string>> rows{{"INDEX", "ENABLED", "TITLE", "MAKES", "FILE"}};
   for (std::size_t index = 0; index < templates.size(); ++index) {
-    rows.push_back(cells(index, templates[index]));
-    rows.back().push_back(remarkOn(templates[index]));
+    const FileTemplate& record = templates[index];
+    rows.push_back(cells(index, record));
+    rows.back().push_back(context.templates.isFileMissing(record) ? "(missing)" : "");
   }
   context.output << table(rows);
 }
 
+TemplateDescription describedBy(const Options& options, const FileInspector& files) {
+  TemplateDescription description{.title = options.valueOf("title"),
+                                  .prefix = options.valueOf("prefix"),
+                                  .suffix = options.valueOf("suffix"),
+                                  .executable = options.choice("executable", "no-executable"),
+                                  .enabled = options.choice("enabled", "disabled"),
+                                  .removesShortcut = options.has("no-shortcut")};
+  if (!description.removesShortcut) {
+    description.shortcut = options.valueOf("shortcut");
+  }
+  if (const auto file = options.valueOf("file")) {
+    description.filePath = existingPath(*file, files);
+  }
+  return description;
+}
+
 void add(const Options& options, CommandContext& context) {
-  TemplateDescription description = TemplateDescription::fromOptions(options);
+  TemplateDescription description = describedBy(options, context.files);
   if (!options.arguments().empty() && description.filePath) {
     throw UsageError("FILE is given twice");
   }
   if (!options.arguments().empty()) {
-    description.setFile(options.arguments()[0]);
+    description.filePath = existingPath(options.arguments()[0], context.files);
   }
   if (!description.filePath) {
     throw UsageError("template add needs the FILE to copy");
   }
-  const PropertyList record =
-      description.withDefaults().appliedTo(PropertyList(PropertyList::Dictionary{}));
-  std::size_t index = 0;
-  change(context, [&](Array& templates) {
-    index = templates.size();
-    templates.push_back(record);
-  });
-  report(context, "Added " + named(index), record);
-  if (hasShortcut(record)) {
-    reportShortcut(index, record, context);
+  const TemplateChange added = orFail(context.templates.add(description));
+  report(context, "Added " + named(added.index), added);
+  if (hasShortcut(added.record)) {
+    reportShortcut(added, context);
   }
 }
 
 void edit(const Options& options, CommandContext& context) {
-  const TemplateDescription description = TemplateDescription::fromOptions(options);
+  const TemplateDescription description = describedBy(options, context.files);
   if (description.isEmpty()) {
     throw UsageError("template edit needs an option that says what to change");
   }
-  std::size_t index = 0;
-  FileTemplate record = false;
-  change(context, [&](Array& templates) {
-    index = templateIndex(options.arguments()[0], templates.size());
-    record = description.appliedTo(templates[index]);
-    templates[index] = record;
-  });
-  report(context, "Changed " + named(index), record);
-  if (description.shortcut && hasShortcut(record)) {
-    reportShortcut(index, record, context);
+  const std::size_t index = templateIndex(options.arguments()[0]);
+  const TemplateChange changed = orFail(context.templates.edit({index}, description));
+  report(context, "Changed " + named(changed.index), changed);
+  if (description.shortcut && hasShortcut(changed.record)) {
+    reportShortcut(changed, context);
   }
 }
 
 void remove(const Options& options, CommandContext& context) {
-  std::size_t index = 0;
-  FileTemplate record = false;
-  change(context, [&](Array& templates) {
-    index = templateIndex(options.arguments()[0], templates.size());
-    record = templates[index];
-    templates.erase(templates.begin() + static_cast<std::ptrdiff_t>(index));
-  });
-  report(context, "Removed " + named(index), record);
+  const std::size_t index = templateIndex(options.arguments()[0]);
+  report(context, "Removed " + named(index), orFail(context.templates.remove({index})));
 }
 
 void move(const Options& options, CommandContext& context) {
-  std::size_t from = 0;
-  std::size_t to = 0;
-  FileTemplate record = false;
-  change(context, [&](Array& templates) {
-    from = templateIndex(options.arguments()[0], templates.size());
-    to = templateIndex(options.arguments()[1], templates.size());
-    record = templates[from];
-    templates.erase(templates.begin() + static_cast<std::ptrdiff_t>(from));
-    templates.insert(templates.begin() + static_cast<std::ptrdiff_t>(to), record);
-  });
-  report(context, "Moved " + named(from) + " to " + std::to_string(to), record);
+  const std::size_t from = templateIndex(options.arguments()[0]);
+  const std::size_t to = templateIndex(options.arguments()[1]);
+  const TemplateChange moved = orFail(context.templates.move({from}, {to}));
+  report(context, "Moved " + named(from) + " to " + std::to_string(moved.index), moved);
 }
 
 constexpr std::array listOptions{

@@ -3,10 +3,14 @@
 #include <string>
 #include <vector>
 
-#include "ctl/Autostart.h"
-#include "ctl/BusHelperConnection.h"
 #include "ctl/CommandLine.h"
+#include "manage/GrantedFolders.h"
+#include "manage/Switches.h"
+#include "manage/Templates.h"
+#include "platform/linux/autostart/DesktopAutostart.h"
 #include "platform/linux/bundle/PrefixBundle.h"
+#include "platform/linux/files/PosixFileInspector.h"
+#include "platform/linux/helper/BusHelperConnection.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListFile.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
@@ -43,11 +47,15 @@ int main(int count, char** words) {
   settings.registerDefaults(defaultSettings());
   BusHelperConnection helper;
   LandlockSecurityScope scope;
-  const Autostart autostart(
+  const PosixFileInspector files;
+  DesktopAutostart autostart(
       appendingPathComponent(deletingLastPathComponent(path), "autostart"),
       appendingPathComponent(deletingLastPathComponent(PrefixBundle().executablePath()),
                              "quennelhelper"));
-  CommandContext context{settings, helper, scope, autostart, std::cout, std::cerr};
+  Templates templates(settings, files, autostart, helper);
+  Switches switches(settings);
+  GrantedFolders grants(settings, scope, files);
+  CommandContext context{templates, switches, grants, helper, files, std::cout, std::cerr};
   const int status = runCommandLine(arguments, context);
   if (!std::cout.flush()) {
     std::cerr << "quennelctl: the output cannot be written\n";

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "settings/AuthorizedDir.h"
+#include "settings/SharedSettings.h"
 #include "tests/ctl/QuennelctlTest.h"
 
 namespace quennel::test {
@@ -144,7 +145,8 @@ TEST_F(GrantTest, SomethingElseInThePlaceOfTheGrantsIsNeverOverwritten) {
        {Words{"grants"}, Words{"revoke", "/d"}, Words{"grant", makeFolder("work")}}) {
     const Answer answer = run(words);
     EXPECT_EQ(answer.status, 1);
-    EXPECT_EQ(answer.errors, "quennelctl: the settings hold something else under authorizedDirs\n");
+    EXPECT_EQ(answer.errors,
+              "quennelctl: the settings hold something else than a list under authorizedDirs\n");
   }
   EXPECT_EQ(settings.objectForKey(authorizedDirsKey), PropertyList("odd"));
 }

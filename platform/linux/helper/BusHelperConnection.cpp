@@ -1,8 +1,9 @@
-#include "ctl/BusHelperConnection.h"
+#include "platform/linux/helper/BusHelperConnection.h"
 
 #include <cstdlib>
+#include <type_traits>
+#include <utility>
 
-#include "ctl/CommandError.h"
 #include "platform/linux/bus/BusDistributedNotificationCenter.h"
 #include "platform/linux/bus/BusTypes.h"
 #include "platform/linux/bus/BusURLEvents.h"
@@ -14,15 +15,37 @@
 namespace quennel {
 namespace {
 
+using Reason = HelperSilence::Reason;
+
+/// How a conversation stops; does not leave this file.
+[[noreturn]] void stop(Reason reason, std::string detail = {}) {
+  throw HelperSilence{reason, std::move(detail)};
+}
+
 void check(int result) {
   if (result < 0) {
-    throw CommandFailure("the message cannot be made: " + UserLocale::errorDescription(-result));
+    stop(Reason::UnsendableQuestion, UserLocale::errorDescription(-result));
   }
 }
 
 void checkRead(int result) {
   if (result < 0) {
-    throw CommandFailure("the helper's answer cannot be read");
+    stop(Reason::UnreadableAnswer);
+  }
+}
+
+/// What `conversation` answers, or where it stopped.
+template <class Value, class Conversation>
+Result<Value, HelperSilence> having(const Conversation& conversation) {
+  try {
+    if constexpr (std::is_void_v<Value>) {
+      conversation();
+      return {};
+    } else {
+      return conversation();
+    }
+  } catch (const HelperSilence& silence) {
+    return silence;
   }
 }
 
@@ -30,7 +53,7 @@ class Connection {
  public:
   Connection() : _bus(_runLoop) {
     if (!_bus.isOpen()) {
-      throw CommandFailure("there is no session bus");
+      stop(Reason::NoSession);
     }
   }
 
@@ -48,8 +71,7 @@ class Connection {
   BusMessage answerTo(const BusMessage& call) {
     BusMessage answer = _bus.call(call.get());
     if (!answer) {
-      throw CommandFailure(_runLoop.isTerminating() ? "interrupted"
-                                                    : "the session bus does not answer");
+      stop(_runLoop.isTerminating() ? Reason::Interrupted : Reason::SessionDoesNotAnswer);
     }
     return answer;
   }
@@ -83,11 +105,13 @@ void appendActivationTokens(const BusMessage& call) {
   check(sd_bus_message_close_container(call.get()));
 }
 
-void checkThatHelperIsThere(const BusMessage& answer) {
+void checkAnswer(const BusMessage& answer) {
   if (isError(answer, SD_BUS_ERROR_SERVICE_UNKNOWN) ||
       isError(answer, SD_BUS_ERROR_NAME_HAS_NO_OWNER)) {
-    throw CommandFailure(
-        "the helper is not running and the session bus does not know how to start it");
+    stop(Reason::NotInstalled);
+  }
+  if (isError(answer, nullptr)) {
+    stop(Reason::Refused, errorText(answer));
   }
 }
 
@@ -100,22 +124,16 @@ bool isHelperRunning(Connection& connection) {
   return sd_bus_message_read(answer.get(), "b", &hasOwner) > 0 && hasOwner != 0;
 }
 
-}  // namespace
-
-void BusHelperConnection::open(const std::string& url) {
+void openURL(const std::string& url) {
   Connection connection;
   const BusMessage call = connection.makeCall(BusURLEvents::busName, BusURLEvents::objectPath,
                                               BusURLEvents::interfaceName, "Open");
   check(sd_bus_message_append(call.get(), "as", 1, url.c_str()));
   appendActivationTokens(call);
-  const BusMessage answer = connection.answerTo(call);
-  checkThatHelperIsThere(answer);
-  if (isError(answer, nullptr)) {
-    throw CommandFailure("the helper did not take the request: " + errorText(answer));
-  }
+  checkAnswer(connection.answerTo(call));
 }
 
-bool BusHelperConnection::notify(const std::string& command) {
+bool postCommand(const std::string& command) {
   Connection connection;
   const bool isRunning = isHelperRunning(connection);
   BusDistributedNotificationCenter center(connection.bus());
@@ -123,15 +141,12 @@ bool BusHelperConnection::notify(const std::string& command) {
   return isRunning;
 }
 
-std::vector<HelperKey> BusHelperConnection::keys() {
+std::vector<HelperKey> askForKeys() {
   Connection connection;
   const BusMessage call = connection.makeCall(BusURLEvents::busName, BusURLEvents::objectPath,
                                               BusHotKeyList::interfaceName, "List");
   const BusMessage answer = connection.answerTo(call);
-  checkThatHelperIsThere(answer);
-  if (isError(answer, nullptr)) {
-    throw CommandFailure("the helper does not say: " + errorText(answer));
-  }
+  checkAnswer(answer);
   std::vector<HelperKey> keys;
   checkRead(sd_bus_message_enter_container(answer.get(), SD_BUS_TYPE_ARRAY, "(sbs)"));
   const char* identifier = nullptr;
@@ -141,6 +156,20 @@ std::vector<HelperKey> BusHelperConnection::keys() {
     keys.push_back({identifier, isBound != 0, reason});
   }
   return keys;
+}
+
+}  // namespace
+
+Result<void, HelperSilence> BusHelperConnection::open(const std::string& url) {
+  return having<void>([&] { openURL(url); });
+}
+
+Result<bool, HelperSilence> BusHelperConnection::notify(const std::string& command) {
+  return having<bool>([&] { return postCommand(command); });
+}
+
+Result<std::vector<HelperKey>, HelperSilence> BusHelperConnection::keys() {
+  return having<std::vector<HelperKey>>(askForKeys);
 }
 
 }  // namespace quennel

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "ctl/Autostart.h"
+#include "platform/linux/autostart/DesktopAutostart.h"
 #include "tests/support/Process.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -18,25 +18,26 @@ std::string contents(const std::string& path) {
   return text.str();
 }
 
-class AutostartTest : public testing::Test {
+class DesktopAutostartTest : public testing::Test {
  protected:
   TemporaryDirectory config;
   const std::string entry = config / "autostart/net.brellow.QuennelHelper.desktop";
-  const Autostart autostart{config / "autostart", "/opt/quennel/bin/quennelhelper"};
+  DesktopAutostart autostart{config / "autostart", "/opt/quennel/bin/quennelhelper"};
 };
 
 }  // namespace
 
-TEST_F(AutostartTest, EntryStartsTheHelperWhereItIs) {
+TEST_F(DesktopAutostartTest, EntryStartsTheHelperWhereItIs) {
   EXPECT_TRUE(autostart.setEnabled(true));
+  EXPECT_TRUE(autostart.isEnabled());
   EXPECT_NE(contents(entry).find("\nExec=\"/opt/quennel/bin/quennelhelper\"\n"), std::string::npos);
 }
 
-TEST_F(AutostartTest, DesktopsAcceptTheEntry) {
+TEST_F(DesktopAutostartTest, DesktopsAcceptTheEntry) {
   if (!isInstalled("desktop-file-validate")) {
     GTEST_SKIP() << "desktop-file-validate is not installed";
   }
-  const Autostart odd(config / "autostart", "/my \"$100% \\ `folder`/quennelhelper");
+  DesktopAutostart odd(config / "autostart", "/my \"$100% \\ `folder`/quennelhelper");
   EXPECT_TRUE(odd.setEnabled(true));
   EXPECT_NE(contents(entry).find(R"(Exec="/my \\"\\$100%% \\\\ \\`folder\\`/quennelhelper")"),
             std::string::npos);
@@ -44,21 +45,22 @@ TEST_F(AutostartTest, DesktopsAcceptTheEntry) {
   EXPECT_EQ(validate.wait(), 0) << validate.output() << validate.errorOutput();
 }
 
-TEST_F(AutostartTest, EntryThatTheUserChangedIsLeftAlone) {
+TEST_F(DesktopAutostartTest, EntryThatTheUserChangedIsLeftAlone) {
   EXPECT_TRUE(autostart.setEnabled(true));
   std::ofstream(entry) << "[Desktop Entry]\nHidden=true\n";
   EXPECT_TRUE(autostart.setEnabled(true));
   EXPECT_EQ(contents(entry), "[Desktop Entry]\nHidden=true\n");
 }
 
-TEST_F(AutostartTest, EntryIsRemovedWhenItIsNotWantedAnyMore) {
+TEST_F(DesktopAutostartTest, EntryIsRemovedWhenItIsNotWantedAnyMore) {
   EXPECT_TRUE(autostart.setEnabled(true));
   EXPECT_TRUE(autostart.setEnabled(false));
   EXPECT_FALSE(std::filesystem::exists(entry));
+  EXPECT_FALSE(autostart.isEnabled());
   EXPECT_TRUE(autostart.setEnabled(false));
 }
 
-TEST_F(AutostartTest, FolderThatCannotBeMadeIsReported) {
+TEST_F(DesktopAutostartTest, FolderThatCannotBeMadeIsReported) {
   std::ofstream(config / "autostart") << "a file in its place";
   Error error;
   EXPECT_FALSE(autostart.setEnabled(true, &error));

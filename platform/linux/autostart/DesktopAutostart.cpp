@@ -1,4 +1,4 @@
-#include "ctl/Autostart.h"
+#include "platform/linux/autostart/DesktopAutostart.h"
 
 #include <unistd.h>
 
@@ -48,14 +48,15 @@ bool failWith(Error* error, Error reason) {
 
 }  // namespace
 
-Autostart::Autostart(std::string folder, std::string helper)
+DesktopAutostart::DesktopAutostart(std::string folder, std::string helper)
     : _folder(std::move(folder)),
       _path(appendingPathComponent(_folder, "net.brellow.QuennelHelper.desktop")),
       _helper(std::move(helper)) {}
 
-bool Autostart::setEnabled(bool isEnabled, Error* error) const {
-  const bool exists = access(_path.c_str(), F_OK) == 0;
-  if (exists == isEnabled) {
+bool DesktopAutostart::isEnabled() const { return access(_path.c_str(), F_OK) == 0; }
+
+bool DesktopAutostart::setEnabled(bool isEnabled, Error* error) {
+  if (this->isEnabled() == isEnabled) {
     return true;
   }
   if (!isEnabled) {
@@ -73,7 +74,7 @@ bool Autostart::setEnabled(bool isEnabled, Error* error) const {
   }
 }
 
-std::string Autostart::entry() const {
+std::string DesktopAutostart::entry() const {
   return "[Desktop Entry]\n"
          "Type=Application\n"
          "Name=Quennel\n"

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "manage/Failure.h"
+#include "platform/FileInspector.h"
+#include "platform/SecurityScope.h"
+#include "platform/UserDefaults.h"
+#include "settings/AuthorizedDir.h"
+
+namespace quennel {
+
+/// One folder in which the helper may make files.
+struct GrantedFolder {
+  /// The path that it had when it was granted; nothing in a record of somebody else's that has
+  /// none.
+  std::optional<std::string> path = std::nullopt;
+  /// Where it is now; nothing when it is not to be found.
+  std::optional<std::string> place = std::nullopt;
+
+  bool isInItsPlace() const { return path && place == path; }
+};
+
+/// The folders that the user has granted.
+class GrantedFolders {
+ public:
+  /// Nothing is owned.
+  GrantedFolders(UserDefaults& settings, SecurityScope& scope, const FileInspector& files);
+
+  Result<std::vector<GrantedFolder>, Failure> all() const;
+
+  /// Grants the folder at `path`, which is absolute, once.
+  Result<void, Failure> grant(const std::string& path);
+
+  /// Withdraws the grants that were made for either path, which are two ways to write one: as the
+  /// user said it and made absolute.
+  Result<void, Failure> revoke(const std::string& name, const std::string& path);
+
+ private:
+  std::optional<std::string> placeOf(const AuthorizedDir& record) const;
+
+  UserDefaults& _settings;
+  SecurityScope& _scope;
+  const FileInspector& _files;
+};
+
+}  // namespace quennel
