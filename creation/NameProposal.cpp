@@ -13,7 +13,10 @@ std::string proposedName(const AppUtil& util, const std::string& dir,
     return "";
   }
   const std::string path = util.genNewPathForPath(appendingPathComponent(dir, name));
-  return deletingPathExtension(lastPathComponent(path));
+  const std::string freeName = lastPathComponent(path);
+  // The panel appends a suffix to what the field holds. Without one the field holds the whole name,
+  // of which what follows a dot is a part.
+  return templateText(template_, "suffix").empty() ? freeName : deletingPathExtension(freeName);
 }
 
 }  // namespace quennel

@@ -114,6 +114,17 @@ TEST_F(Authorization, ThePanelStartsInTheRequestedFolderAndThatIsRemembered) {
   EXPECT_EQ(remembered("NSNavLastCurrentDirectory"), dir);
 }
 
+TEST_F(Authorization, TheStartFolderIsRememberedBeforeThePanelOpens) {
+  int shown = 0;
+  fakes.userInterface.whilePanelShown = [&](const OpenPanel&) {
+    ++shown;
+    EXPECT_EQ(remembered("NSNavLastRootDirectory"), dir);
+    EXPECT_EQ(remembered("NSNavLastCurrentDirectory"), dir);
+  };
+  request();
+  EXPECT_EQ(shown, 1);
+}
+
 TEST_F(Authorization, BelowTheHomeFolderThePanelStartsInTheHomeFolder) {
   fakes.fileManager.addDirectory("/Users/me/Work");
   request("/Users/me/Work");
@@ -152,6 +163,18 @@ TEST_F(Authorization, LastsForTheRunBeforeTheFileIsMade) {
   EXPECT_EQ(fakes.securityScope.allowed,
             (Allowed{{"/Volumes/Data", SecurityScope::Extent::Folder}}));
   EXPECT_TRUE(delegate->openedURLs().empty());
+}
+
+TEST_F(Authorization, IsRecordedBeforeTheFileIsMade) {
+  std::size_t recordsAtTheCopy = 0;
+  fakes.fileManager.beforeChange = [&](const std::string& operation) {
+    if (operation == "copyItemAtPath") {
+      recordsAtTheCopy = records();
+    }
+  };
+  request();
+  answer(dir);
+  EXPECT_EQ(recordsAtTheCopy, 1u);
 }
 
 TEST_F(Authorization, ThatCannotBeRecordedStillMakesTheFile) {

@@ -269,6 +269,11 @@ TEST_F(Writability, OfAMissingPathIsThatOfItsNearestAncestor) {
   EXPECT_THAT(files.askedWritable, ElementsAre("/", "/d/"));
 }
 
+TEST_F(Writability, OfAMissingItemOfOneLetterInTheRootFolderIsThatOfTheRootFolder) {
+  EXPECT_TRUE(util.isWritableFileAtPath("/x"));
+  EXPECT_THAT(files.askedWritable, ElementsAre("/"));
+}
+
 TEST_F(Writability, OfAFolderIsAskedWithASlash) {
   files.addDirectory("/d");
   EXPECT_TRUE(util.isWritableFileAtPath("/d"));

@@ -62,6 +62,17 @@ TEST_F(DirectCreation, TheNewFileCarriesTheMomentOfItsCreation) {
   EXPECT_LE(attributes->modificationDate.value(), std::chrono::system_clock::now());
 }
 
+TEST_F(DirectCreation, ExecuteBitsComeFirstAndThenOneDateForCreationAndModification) {
+  make(templateRecord("untitled", "txt"));
+  const auto& set = fakes.fileManager.attributesSet;
+  ASSERT_EQ(set.size(), 2u);
+  EXPECT_TRUE(set[0].posixPermissions);
+  EXPECT_FALSE(set[0].creationDate || set[0].modificationDate);
+  EXPECT_FALSE(set[1].posixPermissions);
+  EXPECT_TRUE(set[1].modificationDate);
+  EXPECT_EQ(set[1].creationDate, set[1].modificationDate);
+}
+
 TEST_F(DirectCreation, CopyExecuteBitsDateRevealSoundAndOpenFollowInThatOrder) {
   switchOn({"openFileOnCreation", "playSound", "showFileOnCreation"});
   make(templateRecord("untitled", "txt"));

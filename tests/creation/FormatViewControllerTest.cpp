@@ -143,6 +143,16 @@ TEST_F(FormatView, ChangingToATemplateWithoutASuffixAllowsAnyTypeAndShowsTheExte
   EXPECT_EQ(panel.name, "c-1");
 }
 
+TEST_F(FormatView, ChangingToATemplateWithoutASuffixProposesItsWholePrefix) {
+  store({a, templateRecord("my.project", "")});
+  controllerFor(a);
+  panel.choose("A my.project");
+  EXPECT_EQ(panel.name, "my.project");
+  fakes.fileManager.addFile("/d/my.project");
+  panel.choose("A my.project");
+  EXPECT_EQ(panel.name, "my-1.project");
+}
+
 TEST_F(FormatView, ChangingHappensInThisOrder) {
   controllerFor(a);
   const std::size_t before = fakes.log.calls().size();

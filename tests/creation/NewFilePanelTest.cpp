@@ -116,6 +116,41 @@ TEST_F(NewFilePanel, WithoutASuffixATakenNameGetsANumberToo) {
          [](FakeSavePanel& panel) { EXPECT_EQ(panel.name, "untitled-1"); });
 }
 
+TEST_F(NewFilePanel, WithoutASuffixWhatFollowsADotIsPartOfTheName) {
+  for (const std::string prefix : {"my.project", "Makefile.am", ".profile", "notes."}) {
+    lookAt(withoutSuffix(prefix), [&](FakeSavePanel& panel) { EXPECT_EQ(panel.name, prefix); });
+  }
+}
+
+TEST_F(NewFilePanel, WithoutASuffixTheNumberOfATakenNameStandsBeforeItsLastDot) {
+  fakes.fileManager.addFile("/d/my.project", "old");
+  answer([](FakeSavePanel& panel) {
+    EXPECT_EQ(panel.name, "my-1.project");
+    return ModalResponse::OK;
+  });
+  show(withoutSuffix("my.project"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/my-1.project"), "Dear reader");
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/my.project"), "old");
+}
+
+TEST_F(NewFilePanel, ASuffixIsNotProposedBecauseThePanelAppendsIt) {
+  lookAt(templateRecord("my.project", "txt"),
+         [](FakeSavePanel& panel) { EXPECT_EQ(panel.name, "my.project"); });
+}
+
+TEST_F(NewFilePanel, ATemplateChosenInItIsProposedUnderANameThatIsFreeInTheFolder) {
+  fakes.fileManager.addFile("/d/script.sh", "old");
+  answer([](FakeSavePanel& panel) {
+    panel.choose("A script");
+    EXPECT_EQ(panel.name, "script-1");
+    return ModalResponse::OK;
+  });
+  launch();
+  open("quennel:///d?0");
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/script-1.sh"), "#!/bin/sh\n");
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/script.sh"), "old");
+}
+
 TEST_F(NewFilePanel, ATemplateWithoutANameLeavesTheNameToTheUser) {
   lookAt(withoutSuffix(""), [](FakeSavePanel& panel) { EXPECT_EQ(panel.name, ""); });
 }
@@ -133,6 +168,14 @@ TEST_F(NewFilePanel, TheFolderIsKeptAsTheOneInWhichPanelsOpen) {
     EXPECT_EQ(fakes.standardDefaults.objectForKey(key), PropertyList("/d"));
     EXPECT_EQ(fakes.sharedDefaults.objectForKey(key), std::nullopt);
   }
+}
+
+TEST_F(NewFilePanel, TheFolderIsKeptBeforeItOpens) {
+  lookAt(templateRecord("untitled", "txt"), [this](FakeSavePanel&) {
+    for (const char* const key : {"NSNavLastRootDirectory", "NSNavLastCurrentDirectory"}) {
+      EXPECT_EQ(fakes.standardDefaults.objectForKey(key), PropertyList("/d"));
+    }
+  });
 }
 
 TEST_F(NewFilePanel, TheSendersTokenBringsItToTheFront) {

@@ -146,6 +146,9 @@ std::optional<Error> FakeFileManager::begin(std::string_view operation) const {
 void FakeFileManager::record(const std::string& operation, const std::string& paths) {
   calls.push_back(operation + " " + paths);
   _log.add(operation);
+  if (beforeChange) {
+    beforeChange(operation);
+  }
 }
 
 bool FakeFileManager::conclude(int code, const std::string& path, Error* error) const {
@@ -335,6 +338,7 @@ std::optional<FileAttributes> FakeFileManager::attributesOfItemAtPath(const std:
 bool FakeFileManager::setAttributes(const FileAttributes& attributes,
                                     const std::string& ofItemAtPath, Error* error) {
   record("setAttributes", ofItemAtPath);
+  attributesSet.push_back(attributes);
   if (const auto failure = begin("setAttributes")) {
     return error ? (*error = *failure, false) : false;
   }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -34,6 +35,10 @@ class FakeFileManager : public FileManager {
   /// Every call that changes something, whether it succeeds or not: the operation's name and its
   /// paths, with a space between. The shared log gets the name alone.
   std::vector<std::string> calls;
+  /// What each call of `setAttributes` was to set.
+  std::vector<FileAttributes> attributesSet;
+  /// Called before every call that changes something, with the operation's name.
+  std::function<void(const std::string&)> beforeChange;
   /// How often each operation was called, by its name; the reading ones too.
   mutable std::map<std::string, int, std::less<>> callCounts;
   /// The paths that `isWritableFileAtPath` was asked about.

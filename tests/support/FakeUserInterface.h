@@ -72,6 +72,9 @@ class FakeUserInterface : public UserInterface {
   void beginOpenPanel(const OpenPanel& panel, const Choice& completion) override {
     openPanels.push_back(panel);
     _log.add("open panel");
+    if (whilePanelShown) {
+      whilePanelShown(panel);
+    }
     _begun.push_back(completion);
   }
 
