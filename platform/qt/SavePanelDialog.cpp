@@ -308,6 +308,15 @@ std::string SavePanelDialog::problemWith(const QString& path) const {
   return "";
 }
 
+/// What is lost with an item that is replaced.
+std::string SavePanelDialog::lossWith(const QFileInfo& item) const {
+  if (item.isSymLink()) {
+    return localizedText("It is a link. Only the link will be removed, not what it leads to.");
+  }
+  return item.isDir() ? localizedText("It is a folder. Everything in it will be removed.")
+                      : localizedText("What it holds now will be lost.");
+}
+
 bool SavePanelDialog::userAgreesToReplace(const QString& path) {
   const QFileInfo item(path);
   const auto text = [](const std::string& string) { return QString::fromStdString(string); };
@@ -317,9 +326,7 @@ bool SavePanelDialog::userAgreesToReplace(const QString& path) {
                      shortened(item.fileName()).toStdString())),
       QMessageBox::NoButton, this);
   question.setTextFormat(Qt::PlainText);
-  question.setInformativeText(
-      text(item.isDir() ? localizedText("It is a folder. Everything in it will be removed.")
-                        : localizedText("What it holds now will be lost.")));
+  question.setInformativeText(text(lossWith(item)));
   const auto* const replace =
       question.addButton(text(localizedText("&Replace")), QMessageBox::DestructiveRole);
   question.setDefaultButton(question.addButton(QMessageBox::Cancel));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QList>
 #include <QtCore/QUrl>
 #include <QtWidgets/QFileDialog>
@@ -60,6 +61,7 @@ class SavePanelDialog : public QFileDialog {
   QString typedPath() const;
   bool leadsToFolder() const;
   std::string problemWith(const QString& path) const;
+  std::string lossWith(const QFileInfo& item) const;
   bool userAgreesToReplace(const QString& path);
   std::string localizedText(const char* key) const;
 

@@ -306,6 +306,19 @@ TEST_F(SavePanelOnScreen, TheQuestionSaysWhenAFolderWouldBeLost) {
   EXPECT_EQ(chosen, path("folder"));
 }
 
+TEST_F(SavePanelOnScreen, TheQuestionSaysThatOfALinkOnlyTheLinkIsLost) {
+  std::filesystem::create_symlink(path("folder"), path("link"));
+  const auto chosen = run(*anyPanel(), [&](const Shown& shown) {
+    answerQuestion("Replace", [](QMessageBox& box) {
+      EXPECT_EQ(box.informativeText(),
+                "It is a link. Only the link will be removed, not what it leads to.");
+    });
+    shown.type("link");
+    shown.pressReturn();
+  });
+  EXPECT_EQ(chosen, path("link"));
+}
+
 TEST_F(SavePanelOnScreen, ALongNameIsShownByItsStartAndItsEnd) {
   const std::string name = "start" + std::string(200, 'W') + "end";
   write(name + ".txt");
