@@ -14,18 +14,21 @@
 #include "platform/SavePanel.h"
 #include "platform/SecurityScope.h"
 #include "platform/UserInterface.h"
-#include "platform/values/Path.h"
 #include "platform/values/Text.h"
 
 namespace quennel {
 
 namespace {
 
-/// Whether to remove the item would remove the template.
-bool holdsTemplate(const std::string& path, const FileTemplate& template_) {
-  const std::string item = standardizingPath(path);
-  const std::string file = standardizingPath(templateText(template_, "filePath"));
-  return file == item || file.starts_with(item + "/");
+using Replacement = FileManager::Replacement;
+
+/// The user has agreed to replace what is at the path.
+Replacement putCopyAt(FileManager& files, const std::string& path, const std::string& source,
+                      Error* error) {
+  if (files.fileExistsAtPath(path)) {
+    return files.replaceItemAtPath(path, source, error);
+  }
+  return files.copyItemAtPath(source, path, error) ? Replacement::Done : Replacement::NotCopied;
 }
 
 }  // namespace
@@ -77,23 +80,21 @@ void NewFilePanel::makeFileAtChosenPath(const std::string& path,
   // The user's choice in the panel is what allows this one file; nothing is recorded.
   _services.securityScope.allowForThisRun(path, SecurityScope::Extent::Item);
   Error error;
-  FileManager& files = _services.fileManager;
-  // A template that is to replace itself stays, and the copy fails because something is there.
-  if (files.fileExistsAtPath(path) && !holdsTemplate(path, template_) &&
-      !files.removeItemAtPath(path, &error)) {
-    // The count stays raised here, too.
-    _services.alerts.showAfterPanel(
-        _services.bundle.localizedStringForKey("Error removing existing file!"),
-        error.localizedDescription);
-    return;
+  switch (putCopyAt(_services.fileManager, path, templateText(template_, "filePath"), &error)) {
+    case Replacement::NotSetAside:
+      // The count stays raised here, too.
+      _services.alerts.showAfterPanel(
+          _services.bundle.localizedStringForKey("Error removing existing file!"),
+          error.localizedDescription);
+      return;
+    case Replacement::NotCopied:
+      _services.creation.reportFailure(error.localizedDescription,
+                                       [this] { _services.panelCount.lower(); });
+      return;
+    case Replacement::Done:
+      _services.creation.finishNewItem(path, template_);
+      _services.panelCount.lower();
   }
-  if (!files.copyItemAtPath(templateText(template_, "filePath"), path, &error)) {
-    _services.creation.reportFailure(error.localizedDescription,
-                                     [this] { _services.panelCount.lower(); });
-    return;
-  }
-  _services.creation.finishNewItem(path, template_);
-  _services.panelCount.lower();
 }
 
 }  // namespace quennel

@@ -31,6 +31,9 @@ class FileManager {
  public:
   enum class ItemKind { File, Directory };
 
+  /// How it ended to put a copy in the place of an item.
+  enum class Replacement { Done, NotSetAside, NotCopied };
+
   /// One name of a folder. `isLink` is set when the entry is, or may be, a symbolic link.
   struct DirectoryEntry {
     std::string_view name;
@@ -62,6 +65,17 @@ class FileManager {
   /// an error, at once.
   virtual bool copyItemAtPath(const std::string& path, const std::string& toPath,
                               Error* error = nullptr) = 0;
+
+  /// Puts a copy, as `copyItemAtPath` makes it, in the place of the item at `path`: a file, a link
+  /// (not what it points to) or a folder with all it holds. The copy is finished out of sight and
+  /// takes the name in one step, so that the old item or the whole new one is there at every
+  /// moment; a process that is killed leaves a hidden temporary item at most. Where the filesystem
+  /// cannot exchange two names, a folder is away for the time of three renames. Unless it is done,
+  /// the old item is there: `NotSetAside` when it may not be taken away (what could be removed of a
+  /// folder before is gone), `NotCopied` when the copy failed, or when the way to its source leads
+  /// through the old item, which would be lost with it.
+  virtual Replacement replaceItemAtPath(const std::string& path, const std::string& withCopyOf,
+                                        Error* error = nullptr) = 0;
 
   /// Removes a file, a link (not what it points to) or a folder with all it holds.
   virtual bool removeItemAtPath(const std::string& path, Error* error = nullptr) = 0;

@@ -284,7 +284,7 @@ TEST_F(NewFilePanel, SettingsThatChangeWhileItIsOpenSayWhatFollows) {
   EXPECT_EQ(fakes.workspace.opened, std::vector<std::string>{"/d/untitled.txt"});
 }
 
-TEST_F(NewFilePanel, RemovalCopyExecuteBitsDateRevealSoundAndOpenFollowInThatOrder) {
+TEST_F(NewFilePanel, ReplacementExecuteBitsDateRevealSoundAndOpenFollowInThatOrder) {
   for (const char* const key : {"openFileOnCreation", "playSound", "showFileOnCreation"}) {
     fakes.sharedDefaults.setObject(true, key);
   }
@@ -298,8 +298,8 @@ TEST_F(NewFilePanel, RemovalCopyExecuteBitsDateRevealSoundAndOpenFollowInThatOrd
   const auto& calls = fakes.log.calls();
   EXPECT_EQ(
       std::vector<std::string>(calls.begin() + static_cast<std::ptrdiff_t>(before), calls.end()),
-      (std::vector<std::string>{"removeItemAtPath", "copyItemAtPath", "setAttributes",
-                                "setAttributes", "reveal", "sound", "open"}));
+      (std::vector<std::string>{"replaceItemAtPath", "setAttributes", "setAttributes", "reveal",
+                                "sound", "open"}));
   EXPECT_EQ(fakes.workspace.revealed.front(), std::vector<std::string>{"/d/untitled.txt"});
   EXPECT_EQ(fakes.workspace.opened.front(), "/d/untitled.txt");
 }
@@ -391,7 +391,7 @@ TEST_F(NewFilePanel, AfterACancelledOneTheHelperDoesNotQuitByItself) {
 TEST_F(NewFilePanel, ARemovalThatFailsIsReportedAndLeavesItCounted) {
   answer([this](FakeSavePanel&) {
     fakes.fileManager.addFile("/d/untitled.txt", "old");
-    fakes.fileManager.failNext("removeItemAtPath", {13, "Permission denied"});
+    fakes.fileManager.failNext("setAside", {13, "Permission denied"});
     return ModalResponse::OK;
   });
   show(templateRecord("untitled", "txt"));
@@ -418,15 +418,49 @@ TEST_F(NewFilePanel, ACopyThatFailsIsReportedAndCountedUntilTheAlertIsDismissed)
   EXPECT_EQ(delegate->panelCount(), 0);
 }
 
-TEST_F(NewFilePanel, ACopyThatFailsComesAfterTheRemoval) {
+TEST_F(NewFilePanel, ACopyThatFailsLeavesTheFileThatWasToBeReplaced) {
   answer([this](FakeSavePanel&) {
     fakes.fileManager.addFile("/d/missing.txt", "old");
     return ModalResponse::OK;
   });
   fakes.sharedDefaults.setObject(true, "openFileOnCreation");
   show(templateRecord("missing", "txt"));
-  EXPECT_FALSE(exists("/d/missing.txt"));
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/missing.txt"), "old");
   EXPECT_TRUE(fakes.workspace.opened.empty());
+  EXPECT_EQ(onlyAlert().messageText, "Error creating file!");
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(NewFilePanel, ATemplateIsNotLostThroughALink) {
+  fakes.fileManager.addLink("/tlink", "/templates");
+  for (const auto& [folder, name] :
+       {std::pair("/tlink", "untitled.txt"), {"/", "templates"}, {"/", "tlink"}}) {
+    answer([folder = folder, name = name](FakeSavePanel& panel) {
+      panel.setAllowedFileTypes(std::nullopt);
+      panel.directory = folder;
+      panel.name = name;
+      return ModalResponse::OK;
+    });
+    auto record = templateRecord("untitled", "txt");
+    record.insert_or_assign("filePath", "/tlink/untitled.txt");
+    show(record);
+    fakes.runLoop.advance(300ms);
+    EXPECT_EQ(fakes.fileManager.contentsAtPath("/tlink/untitled.txt"), "Dear reader") << name;
+    EXPECT_EQ(fakes.userInterface.alerts.back().messageText, "Error creating file!");
+  }
+}
+
+TEST_F(NewFilePanel, OfALinkToAFolderOnlyTheLinkIsReplaced) {
+  fakes.fileManager.addFile("/elsewhere/inner", "old");
+  fakes.fileManager.addLink("/d/letter.txt", "/elsewhere");
+  answer([](FakeSavePanel& panel) {
+    panel.name = "letter";
+    return ModalResponse::OK;
+  });
+  show(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/letter.txt"), "Dear reader");
+  EXPECT_EQ(fakes.fileManager.contentsAtPath("/elsewhere/inner"), "old");
 }
 
 TEST_F(NewFilePanel, ATemplateIsNotLostByReplacingItOrTheFolderItIsIn) {

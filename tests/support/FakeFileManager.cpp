@@ -241,6 +241,14 @@ bool FakeFileManager::copyItemAtPath(const std::string& path, const std::string&
   if (const auto failure = begin("copyItemAtPath")) {
     return error ? (*error = *failure, false) : false;
   }
+  int code = refusalToCopy(path, toPath);
+  if (code == 0) {
+    code = add(toPath, copyOf(*nodeAt(path)), false);
+  }
+  return conclude(code, path + "” to “" + toPath, error);
+}
+
+int FakeFileManager::refusalToCopy(const std::string& path, const std::string& toPath) const {
   const auto holdsFIFO = [](const Node& node, const auto& self) -> bool {
     bool found = node.type == Node::Type::FIFO;
     for (const auto& [name, child] : node.children) {
@@ -249,17 +257,59 @@ bool FakeFileManager::copyItemAtPath(const std::string& path, const std::string&
     return found;
   };
   const auto source = nodeAt(path);
-  int code = 0;
   if (!source) {
-    code = ENOENT;
-  } else if (holdsFIFO(*source, holdsFIFO)) {
-    code = EOPNOTSUPP;
-  } else if ((toPath + "/").starts_with(path + "/") && toPath != path) {
-    code = EINVAL;
-  } else {
-    code = add(toPath, copyOf(*source), false);
+    return ENOENT;
   }
-  return conclude(code, path + "” to “" + toPath, error);
+  if (holdsFIFO(*source, holdsFIFO)) {
+    return EOPNOTSUPP;
+  }
+  return (toPath + "/").starts_with(path + "/") && toPath != path ? EINVAL : 0;
+}
+
+bool FakeFileManager::leadsThrough(const std::string& path, const NodePointer& item,
+                                   int depth) const {
+  const auto components = componentsOf(path);
+  for (std::size_t count = 1; count <= components.size() && depth < mostLinks; ++count) {
+    const auto node = nodeAt(joined(components, count), false);
+    if (!node) {
+      return false;
+    }
+    const bool isLink = node->type == Node::Type::Link;
+    const bool isAbsolute = isLink && node->contents.starts_with('/');
+    const std::string start = isAbsolute ? "" : joined(components, count - 1) + "/";
+    if (node == item || (isLink && leadsThrough(start + node->contents, item, depth + 1))) {
+      return true;
+    }
+  }
+  return false;
+}
+
+FileManager::Replacement FakeFileManager::replaceItemAtPath(const std::string& path,
+                                                            const std::string& withCopyOf,
+                                                            Error* error) {
+  record("replaceItemAtPath", path + " " + withCopyOf);
+  if (const auto failure = begin("setAside")) {
+    return error ? (*error = *failure, Replacement::NotSetAside) : Replacement::NotSetAside;
+  }
+  if (const auto failure = begin("copyItemAtPath")) {
+    return error ? (*error = *failure, Replacement::NotCopied) : Replacement::NotCopied;
+  }
+  if (!conclude(isProtected(path) ? EACCES : 0, path, error)) {
+    return Replacement::NotSetAside;
+  }
+  const auto present = nodeAt(path, false);
+  int code =
+      present && leadsThrough(withCopyOf, present) ? EEXIST : refusalToCopy(withCopyOf, path);
+  if (code == 0) {
+    const auto copy = copyOf(*nodeAt(withCopyOf));
+    const auto folder = nodeAt(parentOf(path));
+    code = folder && folder->isFolder() ? 0 : ENOENT;
+    if (code == 0) {
+      folder->children[componentsOf(path).back()] = copy;
+    }
+  }
+  return conclude(code, withCopyOf + "” to “" + path, error) ? Replacement::Done
+                                                             : Replacement::NotCopied;
 }
 
 bool FakeFileManager::removeItemAtPath(const std::string& path, Error* error) {

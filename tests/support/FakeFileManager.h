@@ -44,7 +44,8 @@ class FakeFileManager : public FileManager {
   /// The paths that `isWritableFileAtPath` was asked about.
   mutable std::vector<std::string> askedWritable;
 
-  /// Lets the next call of the operation fail, or the one after so many that are let through.
+  /// Lets the next call of the operation fail, or the one after so many that are let through. A
+  /// replacement fails as "setAside" or as "copyItemAtPath".
   void failNext(const std::string& operation, Error error = {5, "Input/output error"},
                 int letThrough = 0);
 
@@ -55,6 +56,8 @@ class FakeFileManager : public FileManager {
                             const std::function<bool(const std::string&)>& visit) const override;
   bool copyItemAtPath(const std::string& path, const std::string& toPath,
                       Error* error = nullptr) override;
+  Replacement replaceItemAtPath(const std::string& path, const std::string& withCopyOf,
+                                Error* error = nullptr) override;
   bool removeItemAtPath(const std::string& path, Error* error = nullptr) override;
   bool createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories,
                              Error* error = nullptr) override;
@@ -82,6 +85,9 @@ class FakeFileManager : public FileManager {
   Node& folderFor(const std::string& path);
   int add(const std::string& path, NodePointer node, bool replace);
   bool isProtected(const std::string& path) const;
+  /// Why the item cannot be copied; 0 when it can.
+  int refusalToCopy(const std::string& path, const std::string& toPath) const;
+  bool leadsThrough(const std::string& path, const NodePointer& item, int depth = 0) const;
   /// Counts the call; answers the failure that the test wants of it.
   std::optional<Error> begin(std::string_view operation) const;
   void record(const std::string& operation, const std::string& paths);

@@ -1,5 +1,7 @@
 #include "platform/linux/files/FileFailure.h"
 
+#include <cerrno>
+
 #include "platform/linux/locale/UserLocale.h"
 
 namespace quennel {
@@ -34,6 +36,10 @@ bool isAtSource(FileFailure::Step step) {
 }
 
 }  // namespace
+
+bool isUnsupported(int code) {
+  return code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EISDIR;
+}
 
 std::string quoted(const std::string& path) { return "“" + path + "”"; }
 

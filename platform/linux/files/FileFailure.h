@@ -24,6 +24,7 @@ class FileFailure {
       : _code(code), _step(step), _path(std::move(path)) {}
 
   int code() const { return _code; }
+  Step step() const { return _step; }
 
   /// Says where it happened, for the steps of a copy that know their descriptors only: opening and
   /// reading at the source, all else at the copy. The first call counts.
@@ -40,6 +41,10 @@ class FileFailure {
 
 /// `intent` and the system's text for the errno value.
 Error errorOf(const std::string& intent, int code);
+
+/// Whether the errno value is what a filesystem answers that does not know the operation or its
+/// flags.
+bool isUnsupported(int code);
 
 /// The path as sentences show it.
 std::string quoted(const std::string& path);

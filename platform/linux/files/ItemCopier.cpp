@@ -11,6 +11,7 @@
 #include "platform/linux/files/FileFailure.h"
 #include "platform/linux/files/FileStatus.h"
 #include "platform/linux/files/Metadata.h"
+#include "platform/linux/files/PathWalk.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/linux/files/TreeCopier.h"
 
@@ -20,14 +21,8 @@ namespace {
 
 using Step = FileFailure::Step;
 
-void copyFile(FileCopier& copier, const FileDescriptor& source, const struct stat& status,
-              const std::string& toPath) {
-  StagedFile staged(toPath, status.st_mode & accessPermissions);
-  dropInheritedAccessRules(staged.descriptor(), FileManager::ItemKind::File);
-  copier.copyContents(source.get(), status, staged.descriptor());
-  copyMetadata(source.get(), status, staged.descriptor());
-  staged.publish();
-}
+/// What is to become of an item that has the name of the copy.
+enum class Existing { Stays, IsReplaced };
 
 FileDescriptor openPlace(int start, const char* path) {
   return FileDescriptor(::openat(start, path, O_PATH | O_DIRECTORY | O_CLOEXEC));
@@ -49,31 +44,74 @@ void refusePlaceInside(const struct stat& folder, const std::string& place) {
   }
 }
 
-void copyFolder(FileDescriptor source, const struct stat& status, const std::string& path,
-                const std::string& toPath) {
-  refusePlaceInside(status, FolderAndName(toPath).folder);
-  StagedFolder staged(toPath);
-  dropInheritedAccessRules(staged.descriptor(), FileManager::ItemKind::Directory);
-  TreeCopier(path, toPath).copy(std::move(source), status, staged.descriptor());
-  staged.publish();
+void copyFile(FileCopier& copier, const FileDescriptor& source, const struct stat& status,
+              const std::string& toPath, Existing existing) {
+  StagedFile staged(toPath, status.st_mode & accessPermissions);
+  dropInheritedAccessRules(staged.descriptor(), FileManager::ItemKind::File);
+  copier.copyContents(source.get(), status, staged.descriptor());
+  copyMetadata(source.get(), status, staged.descriptor());
+  if (existing == Existing::IsReplaced) {
+    staged.takePlace();
+  } else {
+    staged.publish();
+  }
 }
 
-}  // namespace
+void copyFolder(FileDescriptor source, const struct stat& status, const std::string& path,
+                const std::string& toPath, Existing existing) {
+  refusePlaceInside(status, FolderAndName(toPath).folder);
+  StagedFolder staged(toPath);
+  if (existing == Existing::Stays) {
+    staged.refuseTakenName();
+  }
+  dropInheritedAccessRules(staged.descriptor(), FileManager::ItemKind::Directory);
+  TreeCopier(path, toPath).copy(std::move(source), status, staged.descriptor());
+  if (existing == Existing::IsReplaced) {
+    staged.takePlace();
+  } else {
+    staged.publish();
+  }
+}
 
-void copyItem(const std::string& path, const std::string& toPath) try {
+void copy(const std::string& path, const std::string& toPath, Existing existing) try {
   FileCopier copier;
   FileDescriptor source = copier.openSource(AT_FDCWD, path.c_str(), 0);
   const struct stat status = statusOf(source.get(), Step::Reading);
   if (S_ISREG(status.st_mode)) {
-    copyFile(copier, source, status, toPath);
+    copyFile(copier, source, status, toPath, existing);
   } else if (S_ISDIR(status.st_mode)) {
-    copyFolder(std::move(source), status, path, toPath);
+    copyFolder(std::move(source), status, path, toPath, existing);
   } else {
     throw FileFailure(EOPNOTSUPP, Step::CopyingSpecialFile);
   }
 } catch (FileFailure& failure) {
   failure.locate(path, toPath);
   throw;
+}
+
+// The answer is the same as that of the removal would be, and comes before a long copy.
+void refuseLockedPlace(const std::string& folder) {
+  if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+    throw FileFailure(errno, Step::Removing);
+  }
+}
+
+}  // namespace
+
+void copyItem(const std::string& path, const std::string& toPath) {
+  copy(path, toPath, Existing::Stays);
+}
+
+void replaceItem(const std::string& path, const std::string& toPath) {
+  const FolderAndName place(toPath);
+  refuseLockedPlace(place.folder);
+  struct stat present;
+  const bool isTaken = ::lstat((place.folder + "/" + place.name).c_str(), &present) == 0;
+  // What was to be copied would be gone with what it replaces.
+  if (isTaken && leadsThrough(path, present)) {
+    throw FileFailure(EEXIST, Step::Creating, toPath);
+  }
+  copy(path, toPath, Existing::IsReplaced);
 }
 
 }  // namespace quennel

@@ -8,4 +8,8 @@ namespace quennel {
 /// something else. A source that is a symbolic link is followed. Throws FileFailure.
 void copyItem(const std::string& path, const std::string& toPath);
 
+/// Puts such a copy of the file or folder at `path` in the place of the item at `toPath`. Throws
+/// FileFailure, of the step `Removing` when the old item may not be taken away; it is there then.
+void replaceItem(const std::string& path, const std::string& toPath);
+
 }  // namespace quennel

@@ -186,6 +186,26 @@ bool PosixFileManager::copyItemAtPath(const std::string& path, const std::string
       [&] { copyItem(path, toPath); });
 }
 
+FileManager::Replacement PosixFileManager::replaceItemAtPath(const std::string& path,
+                                                             const std::string& withCopyOf,
+                                                             Error* error) {
+  const auto copying = [&] {
+    return quoted(withCopyOf) + " could not be copied to " + quoted(path);
+  };
+  try {
+    replaceItem(withCopyOf, path);
+    return Replacement::Done;
+  } catch (const FileFailure& failure) {
+    const bool isSetAside = failure.step() != Step::Removing;
+    report(error, isSetAside ? failure.describe(copying())
+                             : errorOf(quoted(path) + " could not be removed", failure.code()));
+    return isSetAside ? Replacement::NotCopied : Replacement::NotSetAside;
+  } catch (const std::bad_alloc&) {
+    report(error, errorOf(copying(), ENOMEM));
+    return Replacement::NotCopied;
+  }
+}
+
 bool PosixFileManager::removeItemAtPath(const std::string& path, Error* error) {
   const int code = removeTree(AT_FDCWD, path, LockedFolders::Fail);
   if (code != 0) {

@@ -17,6 +17,8 @@ class PosixFileManager : public FileManager {
   void enumerateItemsAtPath(const std::string& path,
                             const std::function<bool(const std::string&)>& visit) const override;
   bool copyItemAtPath(const std::string& path, const std::string& toPath, Error* error) override;
+  Replacement replaceItemAtPath(const std::string& path, const std::string& withCopyOf,
+                                Error* error) override;
   bool removeItemAtPath(const std::string& path, Error* error) override;
   bool createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories,
                              Error* error) override;

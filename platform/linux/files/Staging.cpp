@@ -2,14 +2,13 @@
 
 #include <fcntl.h>
 #include <stdio.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
 
 #include "platform/linux/files/FileFailure.h"
+#include "platform/linux/files/NameExchange.h"
+#include "platform/linux/files/TemporaryName.h"
 #include "platform/linux/files/TreeRemover.h"
 
 namespace quennel {
@@ -22,11 +21,6 @@ using Step = FileFailure::Step;
   throw FileFailure(errno, Step::Creating, path);
 }
 
-// What a filesystem answers that does not know the operation or its flags.
-bool isUnsupported(int code) {
-  return code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EISDIR;
-}
-
 }  // namespace
 
 FolderAndName::FolderAndName(const std::string& path) {
@@ -34,20 +28,6 @@ FolderAndName::FolderAndName(const std::string& path) {
   const std::size_t start = end == 0 ? 0 : path.rfind('/', end - 1) + 1;
   folder = start == 0 ? "." : path.substr(0, start);
   name = path.substr(start, end - start);
-}
-
-std::string temporaryName() {
-  std::array<std::uint8_t, 8> bytes;
-  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-    throw FileFailure(errno, Step::Creating);
-  }
-  constexpr std::string_view digits = "0123456789abcdef";
-  std::string name = ".quennel-";
-  for (const std::uint8_t byte : bytes) {
-    name += digits[byte >> 4];
-    name += digits[byte & 0xf];
-  }
-  return name;
 }
 
 StagedFile::StagedFile(const std::string& path, mode_t permissions) : _path(path) {
@@ -90,15 +70,31 @@ void StagedFile::publish() {
 }
 
 void StagedFile::publishReplacing() {
-  if (_temporaryPath.empty()) {
-    const std::string path = FolderAndName(_path).folder + "/" + temporaryName();
-    linkUnnamed(path);
-    _temporaryPath = path;
-  }
+  linkUnderTemporaryName();
   if (::rename(_temporaryPath.c_str(), _path.c_str()) != 0) {
     failCreating(_path);
   }
   _temporaryPath.clear();
+}
+
+void StagedFile::takePlace() {
+  linkUnderTemporaryName();
+  const FolderAndName place(_path);
+  const FileDescriptor folder(::open(place.folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) {
+    failCreating(_path);
+  }
+  putInPlaceOf(folder.get(), FolderAndName(_temporaryPath).name, place.name);
+  _temporaryPath.clear();
+}
+
+void StagedFile::linkUnderTemporaryName() {
+  if (!_temporaryPath.empty()) {
+    return;
+  }
+  const std::string path = FolderAndName(_path).folder + "/" + temporaryName();
+  linkUnnamed(path);
+  _temporaryPath = path;
 }
 
 void StagedFile::linkUnnamed(const std::string& path) {
@@ -153,7 +149,6 @@ StagedFolder::StagedFolder(const std::string& path)
   if (!_parent) {
     failCreating(path);
   }
-  refuseTakenName();
   makeTemporary();
 }
 
@@ -164,7 +159,6 @@ StagedFolder::~StagedFolder() {
   }
 }
 
-// The copy of a large folder should not end with the news that the name was taken all along.
 void StagedFolder::refuseTakenName() const {
   struct stat present;
   if (::fstatat(_parent.get(), _place.name.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0) {
@@ -198,6 +192,11 @@ void StagedFolder::publish() {
     }
     moveOverPlaceholder();
   }
+  _temporaryName.clear();
+}
+
+void StagedFolder::takePlace() {
+  putInPlaceOf(_parent.get(), _temporaryName, _place.name);
   _temporaryName.clear();
 }
 

@@ -20,9 +20,6 @@ struct FolderAndName {
   std::string name;
 };
 
-/// A name for an item in the making: hidden, and not likely to be met twice.
-std::string temporaryName();
-
 /// A regular file without a name, or with a temporary one where the filesystem wants a name.
 class StagedFile {
  public:
@@ -39,9 +36,12 @@ class StagedFile {
   void publish();
   /// Gives the file its name, in place of a file that has it.
   void publishReplacing();
+  /// Gives the file its name, in place of whatever has it.
+  void takePlace();
 
  private:
   void openUnderTemporaryName(mode_t permissions);
+  void linkUnderTemporaryName();
   void linkUnnamed(const std::string& path);
   bool moveWithoutReplacing();
   bool linkTemporary();
@@ -65,11 +65,16 @@ class StagedFolder {
   int parent() const { return _parent.get(); }
   int descriptor() const { return _folder.get(); }
 
+  /// Fails when something has the name already: the copy of a large folder should not end with the
+  /// news that the name was taken all along.
+  void refuseTakenName() const;
+
   /// Gives the folder its name; never replaces what already has it.
   void publish();
+  /// Gives the folder its name, in place of whatever has it.
+  void takePlace();
 
  private:
-  void refuseTakenName() const;
   void makeTemporary();
   void moveOverPlaceholder();
 

@@ -50,6 +50,18 @@ bool ConfinedFileManager::copyItemAtPath(const std::string& path, const std::str
                                 error);
 }
 
+FileManager::Replacement ConfinedFileManager::replaceItemAtPath(const std::string& path,
+                                                                const std::string& withCopyOf,
+                                                                Error* error) {
+  Replacement replacement = Replacement::NotSetAside;
+  const auto work = [&](const std::string& place) {
+    replacement = _files.replaceItemAtPath(place, withCopyOf, error);
+    return replacement == Replacement::Done;
+  };
+  _scope.performConfined(path, reporting(path, error, work), error);
+  return replacement;
+}
+
 bool ConfinedFileManager::removeItemAtPath(const std::string& path, Error* error) {
   return _scope.performConfined(
       path,

@@ -39,6 +39,8 @@ class ConfinedFileManager final : public FileManager {
   std::string userName() const override { return _files.userName(); }
 
   bool copyItemAtPath(const std::string& path, const std::string& toPath, Error* error) override;
+  Replacement replaceItemAtPath(const std::string& path, const std::string& withCopyOf,
+                                Error* error) override;
   bool removeItemAtPath(const std::string& path, Error* error) override;
   bool createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories,
                              Error* error) override;

@@ -67,6 +67,10 @@ class FileManagerContract : public ::testing::Test {
 
   std::string at(const std::string& name) { return _world.folder() + "/" + name; }
   void addFile(const std::string& name, const std::string& contents = "text") {
+    const std::size_t end = name.rfind('/');
+    if (end != std::string::npos) {
+      addFolder(name.substr(0, end));
+    }
     ASSERT_TRUE(_files.writeContents(contents, at(name)));
   }
   void addFolder(const std::string& name) {
@@ -292,6 +296,68 @@ TYPED_TEST(FileManagerContract, NamesAreBytes) {
   ASSERT_TRUE(this->_files.copyItemAtPath(this->at("folder"), this->at("\xfe")));
   EXPECT_THAT(this->_files.contentsAtPath(this->at("\xfe/" + name)),
               Optional(std::string("contents")));
+}
+
+TYPED_TEST(FileManagerContract, AFileAndAFolderTakeThePlaceOfEither) {
+  this->addFile("file", "new");
+  this->addFile("folder/inner", "new");
+  for (const std::string source : {"file", "folder"}) {
+    this->addFile("taken file", "old");
+    this->addFolder("taken folder/old");
+    for (const std::string taken : {"taken file", "taken folder"}) {
+      EXPECT_EQ(this->_files.replaceItemAtPath(this->at(taken), this->at(source), &this->_error),
+                FileManager::Replacement::Done)
+          << this->_error.code;
+      const std::string file = source == "file" ? taken : taken + "/inner";
+      EXPECT_THAT(this->_files.contentsAtPath(this->at(file)), Optional(std::string("new")));
+      EXPECT_FALSE(this->_files.fileExistsAtPath(this->at(taken + "/old")));
+      ASSERT_TRUE(this->_files.removeItemAtPath(this->at(taken)));
+    }
+  }
+  EXPECT_THAT(this->names(this->_world.folder()), UnorderedElementsAre("file", "folder"));
+}
+
+TYPED_TEST(FileManagerContract, ACopyTakesAPlaceThatHasBecomeFree) {
+  this->addFile("template", "new");
+  EXPECT_EQ(this->_files.replaceItemAtPath(this->at("free"), this->at("template")),
+            FileManager::Replacement::Done);
+  EXPECT_THAT(this->_files.contentsAtPath(this->at("free")), Optional(std::string("new")));
+}
+
+TYPED_TEST(FileManagerContract, OfALinkTheLinkIsReplacedNotWhatItPointsTo) {
+  this->addFile("template", "new");
+  this->addFile("folder/file", "old");
+  this->_world.addLink(this->at("link"), "folder");
+  EXPECT_EQ(this->_files.replaceItemAtPath(this->at("link"), this->at("template")),
+            FileManager::Replacement::Done);
+  EXPECT_THAT(this->_files.contentsAtPath(this->at("link")), Optional(std::string("new")));
+  EXPECT_THAT(this->_files.contentsAtPath(this->at("folder/file")), Optional(std::string("old")));
+}
+
+TYPED_TEST(FileManagerContract, WhatCannotBeReplacedByACopyStays) {
+  this->addFile("taken", "old");
+  this->_world.addFIFO(this->at("fifo"));
+  for (const auto& [source, code] : {std::pair("missing", ENOENT), {"fifo", EOPNOTSUPP}}) {
+    EXPECT_EQ(this->_files.replaceItemAtPath(this->at("taken"), this->at(source), &this->_error),
+              FileManager::Replacement::NotCopied);
+    EXPECT_EQ(this->_error.code, code);
+    EXPECT_THAT(this->_files.contentsAtPath(this->at("taken")), Optional(std::string("old")));
+  }
+}
+
+TYPED_TEST(FileManagerContract, WhatLeadsToTheSourceOfACopyIsNotReplacedByIt) {
+  this->addFile("above/folder/template", "text");
+  this->_world.addLink(this->at("link"), "above/folder");
+  this->_world.addLink(this->at("long way"), "link/template");
+  const std::string source = this->at("long way");
+  for (const std::string taken :
+       {"above/folder/template", "link/template", "long way", "link", "above/folder", "above"}) {
+    EXPECT_EQ(this->_files.replaceItemAtPath(this->at(taken), source, &this->_error),
+              FileManager::Replacement::NotCopied)
+        << taken;
+    EXPECT_EQ(this->_error.code, EEXIST) << taken;
+    EXPECT_THAT(this->_files.contentsAtPath(source), Optional(std::string("text"))) << taken;
+  }
 }
 
 TYPED_TEST(FileManagerContract, RemovesAFileAndAFolderWithAllItHolds) {

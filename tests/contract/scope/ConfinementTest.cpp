@@ -65,6 +65,9 @@ class Confinement : public VolumeTest,
   bool hasLandlock() const { return std::get<Kernel>(GetParam()) != Kernel::WithoutLandlock; }
 
   bool copyTo(const std::string& path) { return files->copyItemAtPath(templateFile, path, &error); }
+  FileManager::Replacement replace(const std::string& path) {
+    return files->replaceItemAtPath(path, templateFile, &error);
+  }
   bool setMode(const std::string& path, std::uint16_t mode) {
     FileAttributes attributes;
     attributes.posixPermissions = mode;
@@ -147,6 +150,29 @@ TEST_P(Confinement, ReplacesOrRemovesALinkAndNotWhatItPointsTo) {
   EXPECT_EQ(contentsOf(granted + "/link"), "new");
   create_symlink(outside + "/file", granted + "/other-link");
   EXPECT_TRUE(files->removeItemAtPath(granted + "/other-link"));
+  expectOutsideUntouched();
+}
+
+TEST_P(Confinement, LetsFilesFoldersAndLinksBeReplacedInAGrantByWhatIsCopied) {
+  using Replacement = FileManager::Replacement;
+  writeFile(granted + "/file", "old");
+  makeFolder(granted + "/folder/inner");
+  create_directory_symlink(outside, granted + "/link");
+  for (const std::string name : {"/file", "/folder", "/link"}) {
+    EXPECT_EQ(replace(granted + name), Replacement::Done) << error.code;
+    EXPECT_EQ(contentsOf(granted + name), "template");
+  }
+  scope->allowForThisRun(outside + "/file", Extent::Item);
+  EXPECT_EQ(replace(outside + "/file"), Replacement::Done) << error.code;
+  EXPECT_EQ(contentsOf(outside + "/file"), "template");
+}
+
+TEST_P(Confinement, LeavesWhatIsNotInAGrantInItsPlace) {
+  create_directory_symlink(outside, granted + "/link");
+  for (const std::string& path : {outside + "/file", granted + "/link/file"}) {
+    EXPECT_EQ(replace(path), FileManager::Replacement::NotSetAside);
+    EXPECT_EQ(error.code, EACCES);
+  }
   expectOutsideUntouched();
 }
 
