@@ -15,12 +15,20 @@ class FakeWorkspace : public Workspace {
 
   std::vector<std::vector<std::string>> revealed;
   std::vector<std::string> opened;
+  /// Whether there is a program that opens files.
+  bool hasOpener = true;
 
   void activateFileViewerSelectingItems(const std::vector<std::string>& paths) override {
+    if (paths.empty()) {
+      return;
+    }
     revealed.push_back(paths);
     _log.add("reveal");
   }
   bool openFile(const std::string& path) override {
+    if (!hasOpener) {
+      return false;
+    }
     opened.push_back(path);
     _log.add("open");
     return true;
