@@ -6,8 +6,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "tests/support/Deadline.h"
-
 namespace quennel::test {
 namespace {
 
@@ -31,8 +29,8 @@ std::optional<std::string> FileManagerSession::missingProgram(const FileManager&
   return std::nullopt;
 }
 
-FileManagerSession::FileManagerSession(FileManager fileManager)
-    : _fileManager(std::move(fileManager)) {}
+FileManagerSession::FileManagerSession(FileManager fileManager, Deadline::Clock::duration patience)
+    : _fileManager(std::move(fileManager)), _patience(patience) {}
 
 std::string FileManagerSession::makeFolder(const std::string& name) const {
   std::string path = _home / name;
@@ -45,17 +43,28 @@ std::string FileManagerSession::openNewFolder(const std::string& name) {
 }
 
 std::string FileManagerSession::openFolder(const std::string& path) {
-  const std::string before = _server.activeWindow();
-  _processes.emplace_back(std::vector<std::string>{_fileManager, path});
+  std::string written;
+  for (const char* const attempt : {"at first", "at the second attempt"}) {
+    const std::string before = _server.activeWindow();
+    _processes.emplace_back(std::vector<std::string>{_fileManager, path});
+    if (const auto window = waitForNewWindow(before)) {
+      return *window;
+    }
+    const Process& silent = _processes.back();
+    written.append(", ").append(attempt).append(silent.isRunning() ? " (it runs)" : " (it ended)");
+    written.append(" it wrote: ").append(silent.output()).append(silent.errorOutput());
+    _processes.pop_back();
+  }
+  throw std::runtime_error(_fileManager + " opens no window" + written);
+}
+
+std::optional<std::string> FileManagerSession::waitForNewWindow(const std::string& before) const {
   std::string window;
   const auto appears = [&] {
     window = _server.activeWindow();
     return window != before && isOfFileManager(window);
   };
-  if (!eventually(appears)) {
-    throw std::runtime_error(_fileManager + " opens no window");
-  }
-  return window;
+  return eventually(appears, Deadline(_patience)) ? std::optional(window) : std::nullopt;
 }
 
 void FileManagerSession::activate(const std::string& window) const {
@@ -92,7 +101,7 @@ bool FileManagerSession::isOfFileManager(const std::string& window) const {
   std::string names = _server.windowProperty(window, "WM_CLASS");
   std::transform(names.begin(), names.end(), names.begin(),
                  [](unsigned char letter) { return std::tolower(letter); });
-  return names.find(_fileManager) != std::string::npos;
+  return names.find(std::filesystem::path(_fileManager).filename()) != std::string::npos;
 }
 
 }  // namespace quennel::test

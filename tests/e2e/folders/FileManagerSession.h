@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Deadline.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/Process.h"
@@ -16,13 +17,15 @@ namespace quennel::test {
 /// A display, a session bus and a fresh home folder, on which one file manager runs.
 class FileManagerSession {
  public:
-  /// What is run, which is also what its windows say they are.
+  /// What is run, a name or a path; its file name is also what its windows say they are.
   using FileManager = std::string;
 
   /// The first program that the machine lacks for this; nothing when all are there.
   static std::optional<std::string> missingProgram(const FileManager& fileManager);
 
-  explicit FileManagerSession(FileManager fileManager);
+  /// `patience` is how long it waits for a window.
+  explicit FileManagerSession(FileManager fileManager,
+                              Deadline::Clock::duration patience = Deadline::standard);
 
   const std::string& home() const { return _home.path(); }
   const XServer& server() const { return _server; }
@@ -32,7 +35,8 @@ class FileManagerSession {
   /// Makes a folder and waits until the file manager's window of it is in front; answers the
   /// window.
   std::string openNewFolder(const std::string& name);
-  /// Waits until the file manager has a new window in front; answers the window.
+  /// Waits until the file manager has a new window in front; answers the window. One that shows
+  /// none is started once more; then what it wrote is in the exception.
   std::string openFolder(const std::string& path);
 
   void activate(const std::string& window) const;
@@ -45,9 +49,11 @@ class FileManagerSession {
   std::size_t countWindows() const;
 
  private:
+  std::optional<std::string> waitForNewWindow(const std::string& before) const;
   bool isOfFileManager(const std::string& window) const;
 
   FileManager _fileManager;
+  Deadline::Clock::duration _patience;
   TemporaryDirectory _home;
   XServer _server;
   PrivateBus _bus;
