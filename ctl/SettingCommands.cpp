@@ -20,7 +20,7 @@ constexpr auto switchesInHelp =
     "  showFileOnCreation  select the new file in the file manager\n"
     "  playSound           play a sound\n"
     "  openFileOnCreation  open the new file with its default application\n"
-    "  runInBackground     the helper does not leave by itself; keyboard shortcuts need this";
+    "  runInBackground     the helper never leaves by itself; shortcuts then outlast a request";
 
 std::string lowerCase(std::string text) {
   std::ranges::transform(text, text.begin(),

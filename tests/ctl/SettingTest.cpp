@@ -41,6 +41,16 @@ TEST_F(SettingTest, OnAndOffCanBeSaidInSeveralWays) {
   }
 }
 
+TEST_F(SettingTest, HelpIsThereBehindASettingToo) {
+  const Answer answer = run({"set", "runInBackground", "--help"});
+  EXPECT_EQ(answer.status, 0);
+  EXPECT_NE(
+      answer.output.find("the helper never leaves by itself; shortcuts then outlast a request"),
+      std::string::npos)
+      << answer.output;
+  EXPECT_FALSE(std::filesystem::exists(settingsPath));
+}
+
 TEST_F(SettingTest, ASwitchIsStoredAsABoolean) {
   ASSERT_EQ(run({"set", "playSound", "1"}).status, 0);
   ASSERT_NE(settings.objectForKey("playSound")->boolean(), nullptr);

@@ -49,8 +49,9 @@ TEST_F(UsageTest, HelpOfAGroupNamesItsCommands) {
 TEST_F(UsageTest, NoLineOfHelpIsWiderThanATerminal) {
   for (const Words& words :
        {Words{"--help"}, Words{"template", "add", "--help"}, Words{"get", "--help"},
-        Words{"new", "--help"}, Words{"grant", "--help"}, Words{"grants", "--help"},
-        Words{"revoke", "--help"}, Words{"template", "list", "--help"}}) {
+        Words{"set", "playSound", "--help"}, Words{"new", "--help"}, Words{"grant", "--help"},
+        Words{"grants", "--help"}, Words{"revoke", "--help"},
+        Words{"template", "list", "--help"}}) {
     std::string text = run(words).output;
     for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n')) {
       EXPECT_LE(end, 90U) << text.substr(0, end);
