@@ -59,7 +59,8 @@ class FileManager {
                                     const std::function<bool(const std::string&)>& visit) const = 0;
 
   /// Copies a file or a whole folder, with permissions, owner (as far as allowed), extended
-  /// attributes, ACLs, dates, holes and the links inside it. The copy appears at `toPath` complete
+  /// attributes, ACLs, dates, holes and the links inside it. In a folder with the set-group bit or
+  /// a default ACL, that group and those rules hold instead. The copy appears at `toPath` complete
   /// or not at all, and nothing is ever replaced: an item at `toPath` is an error. A source that is
   /// itself a symbolic link is followed. A FIFO, socket or device, as the source or inside it, is
   /// an error, at once.

@@ -49,6 +49,14 @@ class CopyOn : public ::testing::TestWithParam<const char*> {
     EXPECT_EQ(first.st_mtim.tv_nsec, second.st_mtim.tv_nsec);
   }
 
+  void expectSameAccess(const std::string& one, const std::string& other) {
+    EXPECT_EQ(statusAt(at(one)).st_mode, statusAt(at(other)).st_mode) << one;
+    EXPECT_EQ(statusAt(at(one)).st_gid, statusAt(at(other)).st_gid) << one;
+    for (const char* const rules : {accessRules, defaultRules}) {
+      EXPECT_EQ(attributeAt(at(one), rules), attributeAt(at(other), rules)) << one << " " << rules;
+    }
+  }
+
   LoopMount _mount{GetParam()};
   PosixFileManager _posixFiles;
   FileManager& _files = _posixFiles;
@@ -116,21 +124,52 @@ TEST_P(CopyOn, AccessControlListsAreKept) {
   expectSameStatus("template/file", "file");
 }
 
-TEST_P(CopyOn, AccessControlListsOfThePlaceAreNotTakenOver) {
+TEST_P(CopyOn, WhereAFolderHasRulesForNewItemsTheseHoldAsTheyDoForCp) {
+  makeFolder(at("place"));
+  makeFolder(at("template"));
+  makeFolder(at("template/inner"));
+  writeFile(at("template/inner/file"), "text");
+  ASSERT_EQ(::chmod(at("template/inner/file").c_str(), 06744), 0);
+  ASSERT_EQ(run("setfacl -m u:3456:rw " + at("template/inner/file")), 0);
+  ASSERT_EQ(run("setfacl -d -m u:3456:rwx " + at("template")), 0);
+  ASSERT_TRUE(setAttributeAt(at("template/inner/file"), "trusted.name", "value"));
+  for (const std::string rules : {"u:1234:rwx,g:2345:r,o::-", "u::rw,g::r,o::-"}) {
+    ASSERT_EQ(run("setfacl -b -d -m " + rules + " " + at("place")), 0);
+    copy("template", "place/copy");
+    copy("template/inner/file", "place/copied file");
+    ASSERT_EQ(run("cp -r " + at("template") + " " + at("place/model")), 0);
+    ASSERT_EQ(run("cp " + at("template/inner/file") + " '" + at("place/model file'")), 0);
+    for (const auto& [name, model] : {std::pair("copy", "model"),
+                                      {"copy/inner", "model/inner"},
+                                      {"copy/inner/file", "model/inner/file"},
+                                      {"copied file", "model file"}}) {
+      expectSameAccess(std::string("place/") + name, std::string("place/") + model);
+    }
+    EXPECT_EQ(attributeAt(at("place/copied file"), "trusted.name"), "value");
+    ASSERT_EQ(run("rm -r " + at("place") + "/*"), 0);
+  }
+}
+
+TEST_P(CopyOn, WhereAFolderHandsItsGroupOnAllBelongsToThatGroup) {
   makeFolder(at("place"));
   makeFolder(at("template"));
   writeFile(at("template/file"), "text");
-  ASSERT_EQ(::chmod(at("template/file").c_str(), 0640), 0);
-  ASSERT_EQ(run("setfacl -d -m u:1234:rwx " + at("place")), 0);
+  makeLink(at("template/link"), "file");
+  ASSERT_EQ(run("chown -hR 1234:1111 " + at("template")), 0);
+  ASSERT_EQ(run("setfacl -m u:3456:rw " + at("template/file")), 0);
+  ASSERT_EQ(::chown(at("place").c_str(), 0, 2345), 0);
+  ASSERT_EQ(::chmod(at("place").c_str(), 02775), 0);
+  setDates("template/file");
   copy("template", "place/copy");
   copy("template/file", "place/file");
-  for (const std::string name : {"place/copy", "place/copy/file", "place/file"}) {
-    EXPECT_EQ(attributeAt(at(name), accessRules), std::nullopt) << name;
-    EXPECT_EQ(attributeAt(at(name), defaultRules), std::nullopt) << name;
+  for (const std::string name : {"copy", "copy/file", "copy/link", "file"}) {
+    EXPECT_EQ(statusAt(at("place/" + name)).st_gid, 2345U) << name;
   }
-  expectSameStatus("template", "place/copy");
-  expectSameStatus("template/file", "place/copy/file");
-  expectSameStatus("template/file", "place/file");
+  EXPECT_EQ(statusAt(at("place/copy")).st_mode & 07777, 02755U);
+  EXPECT_EQ(statusAt(at("place/file")).st_mode & 07777, 0664U);
+  EXPECT_EQ(attributeAt(at("place/file"), accessRules),
+            attributeAt(at("template/file"), accessRules));
+  EXPECT_EQ(statusAt(at("place/file")).st_mtim.tv_sec, 1'100'000'000);
 }
 
 TEST_P(CopyOn, HolesAreKept) {

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 
-#include "platform/FileManager.h"
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/files/FileCopier.h"
 #include "platform/linux/files/FileFailure.h"
@@ -47,9 +46,9 @@ void refusePlaceInside(const struct stat& folder, const std::string& place) {
 void copyFile(FileCopier& copier, const FileDescriptor& source, const struct stat& status,
               const std::string& toPath, Existing existing) {
   StagedFile staged(toPath, status.st_mode & accessPermissions);
-  dropInheritedAccessRules(staged.descriptor(), FileManager::ItemKind::File);
   copier.copyContents(source.get(), status, staged.descriptor());
-  copyMetadata(source.get(), status, staged.descriptor());
+  copyMetadata(source.get(), status, staged.descriptor(),
+               rulesOfPlace(FolderAndName(toPath).folder));
   if (existing == Existing::IsReplaced) {
     staged.takePlace();
   } else {
@@ -64,8 +63,8 @@ void copyFolder(FileDescriptor source, const struct stat& status, const std::str
   if (existing == Existing::Stays) {
     staged.refuseTakenName();
   }
-  dropInheritedAccessRules(staged.descriptor(), FileManager::ItemKind::Directory);
-  TreeCopier(path, toPath).copy(std::move(source), status, staged.descriptor());
+  TreeCopier(path, toPath, rulesOfPlace(FolderAndName(toPath).folder))
+      .copy(std::move(source), status, staged.descriptor());
   if (existing == Existing::IsReplaced) {
     staged.takePlace();
   } else {

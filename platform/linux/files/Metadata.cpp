@@ -26,8 +26,15 @@ using Step = FileFailure::Step;
 
 constexpr mode_t permissionBits = 07777;
 constexpr int groupShift = 3;
+constexpr int ownerShift = 6;
 constexpr std::string_view accessRules = "system.posix_acl_access";
 constexpr std::string_view defaultRules = "system.posix_acl_default";
+
+// Under either of their names: XFS shows its ACLs to root as what they are stored in, too.
+bool areRules(std::string_view name) {
+  return name == accessRules || name == defaultRules || name == "trusted.SGI_ACL_FILE" ||
+         name == "trusted.SGI_ACL_DEFAULT";
+}
 
 // What an item may not be given, because of who the process is or what the filesystem can keep (one
 // without owners and permissions, as on a memory stick), it goes without.
@@ -38,18 +45,19 @@ void require(int result) {
 }
 
 // Gives the copy the owner and group of its source, at least the group, where the process may.
-void copyOwner(const struct stat& wanted, struct stat& present, int copy) {
-  if (present.st_uid == wanted.st_uid && present.st_gid == wanted.st_gid) {
+void copyOwner(const struct stat& wanted, struct stat& present, int copy, const PlaceRules& rules) {
+  const gid_t group = rules.givesGroup ? present.st_gid : wanted.st_gid;
+  if (present.st_uid == wanted.st_uid && present.st_gid == group) {
     return;
   }
-  if (::fchown(copy, wanted.st_uid, wanted.st_gid) == 0 ||
-      (present.st_gid != wanted.st_gid &&
-       ::fchown(copy, static_cast<uid_t>(-1), wanted.st_gid) == 0)) {
+  if (::fchown(copy, wanted.st_uid, group) == 0 ||
+      (present.st_gid != group && ::fchown(copy, static_cast<uid_t>(-1), group) == 0)) {
     present = statusOf(copy, Step::ChangingAttributes);
   }
 }
 
-void copyPermissions(const struct stat& wanted, const struct stat& present, int copy) {
+mode_t permissionsOfCopy(const struct stat& wanted, const struct stat& present,
+                         const PlaceRules& rules) {
   mode_t permissions = wanted.st_mode & permissionBits;
   // A program must not run with the rights of an owner or group that never gave them.
   if (present.st_uid != wanted.st_uid) {
@@ -58,6 +66,19 @@ void copyPermissions(const struct stat& wanted, const struct stat& present, int 
   if (present.st_gid != wanted.st_gid) {
     permissions &= ~mode_t{S_ISGID};
   }
+  if (rules.mostPermissions) {
+    permissions &= *rules.mostPermissions;
+  }
+  // A folder that hands its group on passes that on, too.
+  if (rules.givesGroup && S_ISDIR(present.st_mode)) {
+    permissions |= present.st_mode & S_ISGID;
+  }
+  return permissions;
+}
+
+void copyPermissions(const struct stat& wanted, const struct stat& present, int copy,
+                     const PlaceRules& rules) {
+  const mode_t permissions = permissionsOfCopy(wanted, present, rules);
   if ((present.st_mode & permissionBits) != permissions) {
     require(::fchmod(copy, permissions));
   }
@@ -94,26 +115,50 @@ bool belongsToThePlace(std::string_view name) {
   return name == "security.selinux" || name.starts_with("trusted.overlay.");
 }
 
-// What the rules let the owning group do, as permission bits of the group.
-mode_t groupPermissionsIn(std::string_view rules) {
+/// The entries of an ACL that permission bits can tell, each as the bits of its class.
+struct BasicRules {
+  mode_t owner = 0;
   mode_t group = 0;
-  mode_t mask = S_IRWXG;
+  mode_t others = 0;
+  /// What is the most for anybody but owner and others, where there is such an entry.
+  std::optional<mode_t> mask;
+};
+
+BasicRules basicRulesIn(std::string_view rules) {
+  BasicRules basic;
   rules.remove_prefix(std::min(rules.size(), sizeof(posix_acl_xattr_header)));
   for (posix_acl_xattr_entry entry; rules.size() >= sizeof entry;
        rules.remove_prefix(sizeof entry)) {
     std::memcpy(&entry, rules.data(), sizeof entry);
-    const mode_t permissions = mode_t{le16toh(entry.e_perm)} << groupShift & S_IRWXG;
-    if (le16toh(entry.e_tag) == ACL_GROUP_OBJ) {
-      group = permissions;
-    } else if (le16toh(entry.e_tag) == ACL_MASK) {
-      mask = permissions;
+    const mode_t permissions = mode_t{le16toh(entry.e_perm)} & S_IRWXO;
+    switch (le16toh(entry.e_tag)) {
+      case ACL_USER_OBJ:
+        basic.owner = permissions << ownerShift;
+        break;
+      case ACL_GROUP_OBJ:
+        basic.group = permissions << groupShift;
+        break;
+      case ACL_MASK:
+        basic.mask = permissions << groupShift;
+        break;
+      case ACL_OTHER:
+        basic.others = permissions;
+        break;
+      default:
+        break;
     }
   }
-  return group & mask;
+  return basic;
+}
+
+// What the rules let the owning group do.
+mode_t groupPermissionsIn(std::string_view rules) {
+  const BasicRules basic = basicRulesIn(rules);
+  return basic.group & basic.mask.value_or(S_IRWXG);
 }
 
 // ACLs are among them. What the process may not set or the filesystem has no room for is left out.
-void copyExtendedAttributes(int source, int copy) {
+void copyExtendedAttributes(int source, int copy, const PlaceRules& place) {
   const auto names =
       bytesOf([=](char* to, std::size_t size) { return ::flistxattr(source, to, size); });
   if (!names) {
@@ -121,7 +166,7 @@ void copyExtendedAttributes(int source, int copy) {
   }
   for (std::size_t start = 0; start < names->size(); start += std::strlen(&(*names)[start]) + 1) {
     const char* name = &(*names)[start];
-    if (belongsToThePlace(name)) {
+    if (belongsToThePlace(name) || (place.mostPermissions && areRules(name))) {
       continue;
     }
     const auto value =
@@ -141,32 +186,36 @@ void copyDates(const struct stat& status, int copy) {
   require(::futimens(copy, dates.data()));
 }
 
-void dropRules(int item, std::string_view rules) {
-  if (::fgetxattr(item, rules.data(), nullptr, 0) > 0) {
-    require(::fremovexattr(item, rules.data()));
-  }
-}
-
 }  // namespace
 
-void dropInheritedAccessRules(int item, FileManager::ItemKind kind) {
-  dropRules(item, accessRules);
-  if (kind == FileManager::ItemKind::Directory) {
-    dropRules(item, defaultRules);
+PlaceRules rulesOfPlace(const std::string& path) {
+  PlaceRules place;
+  struct stat status;
+  place.givesGroup = ::stat(path.c_str(), &status) == 0 && (status.st_mode & S_ISGID) != 0;
+  const auto rules = bytesOf([&](char* to, std::size_t size) {
+    return ::getxattr(path.c_str(), defaultRules.data(), to, size);
+  });
+  if (rules) {
+    const BasicRules basic = basicRulesIn(*rules);
+    place.givesGroup = true;
+    place.mostPermissions = basic.owner | basic.mask.value_or(basic.group) | basic.others;
   }
+  return place;
 }
 
-void copyMetadata(int source, const struct stat& status, int copy) {
+void copyMetadata(int source, const struct stat& status, int copy, const PlaceRules& rules) {
   struct stat present = statusOf(copy, Step::ChangingAttributes);
-  copyOwner(status, present, copy);
-  copyPermissions(status, present, copy);
-  copyExtendedAttributes(source, copy);
+  copyOwner(status, present, copy, rules);
+  copyPermissions(status, present, copy, rules);
+  copyExtendedAttributes(source, copy, rules);
   copyDates(status, copy);
 }
 
-void copyLinkMetadata(const struct stat& status, int folder, const char* name) {
-  if (status.st_uid != ::geteuid() || status.st_gid != ::getegid()) {
-    require(::fchownat(folder, name, status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW));
+void copyLinkMetadata(const struct stat& status, int folder, const char* name,
+                      const PlaceRules& rules) {
+  const gid_t group = rules.givesGroup ? static_cast<gid_t>(-1) : status.st_gid;
+  if (status.st_uid != ::geteuid() || group != ::getegid()) {
+    require(::fchownat(folder, name, status.st_uid, group, AT_SYMLINK_NOFOLLOW));
   }
   const std::array<timespec, 2> dates{status.st_atim, status.st_mtim};
   require(::utimensat(folder, name, dates.data(), AT_SYMLINK_NOFOLLOW));

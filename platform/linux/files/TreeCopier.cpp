@@ -13,7 +13,6 @@
 
 #include "platform/linux/files/FileFailure.h"
 #include "platform/linux/files/FileStatus.h"
-#include "platform/linux/files/Metadata.h"
 
 namespace quennel {
 
@@ -50,7 +49,7 @@ bool isOnBtrfs(int item) {
   return ::fstatfs(item, &filesystem) == 0 && filesystem.f_type == BTRFS_SUPER_MAGIC;
 }
 
-void copyLink(int source, int copy, const char* name) {
+void copyLink(int source, int copy, const char* name, const PlaceRules& rules) {
   struct stat status;
   std::array<char, PATH_MAX + 1> target;
   const ssize_t length = ::readlinkat(source, name, target.data(), PATH_MAX);
@@ -61,7 +60,7 @@ void copyLink(int source, int copy, const char* name) {
   if (::symlinkat(target.data(), copy, name) != 0) {
     throw FileFailure(errno, Step::Creating);
   }
-  copyLinkMetadata(status, copy, name);
+  copyLinkMetadata(status, copy, name, rules);
 }
 
 }  // namespace
@@ -189,7 +188,7 @@ void TreeCopier::readEntries(const std::shared_ptr<Folder>& folder) {
 void TreeCopier::release(Folder& folder) {
   if (--folder.openTasks == 0) {
     located(folder, "",
-            [&] { copyMetadata(folder.source.get(), folder.status, folder.copy.get()); });
+            [&] { copyMetadata(folder.source.get(), folder.status, folder.copy.get(), _rules); });
     folder.source.reset();
     folder.copy.reset();
   }
@@ -208,7 +207,7 @@ void TreeCopier::copyEntry(const std::shared_ptr<Folder>& folder, const char* na
       add({folder, std::nullopt, name});
       return;
     case DT_LNK:
-      copyLink(folder->source.get(), folder->copy.get(), name);
+      copyLink(folder->source.get(), folder->copy.get(), name, _rules);
       return;
     default:
       throw FileFailure(EOPNOTSUPP, Step::CopyingSpecialFile);
@@ -237,7 +236,7 @@ void TreeCopier::fillFile(const Folder& folder, const char* name, int source,
     throw FileFailure(errno, Step::Creating);
   }
   copier.copyContents(source, status, copy.get());
-  copyMetadata(source, status, copy.get());
+  copyMetadata(source, status, copy.get(), _rules);
 }
 
 // One at a time, so that the other thread does not look for a first copy that is still being made.

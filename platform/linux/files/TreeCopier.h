@@ -13,6 +13,7 @@
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/files/DirectoryEntries.h"
 #include "platform/linux/files/FileCopier.h"
+#include "platform/linux/files/Metadata.h"
 #include "platform/linux/files/WorkStack.h"
 
 namespace quennel {
@@ -22,9 +23,9 @@ namespace quennel {
 /// thread helps from the moment there is work for it, where that is of use.
 class TreeCopier {
  public:
-  /// The paths are for messages.
-  TreeCopier(std::string sourcePath, std::string copyPath)
-      : _sourcePath(std::move(sourcePath)), _copyPath(std::move(copyPath)) {}
+  /// The paths are for messages; the rules are those of the place of the copy.
+  TreeCopier(std::string sourcePath, std::string copyPath, PlaceRules rules)
+      : _sourcePath(std::move(sourcePath)), _copyPath(std::move(copyPath)), _rules(rules) {}
   TreeCopier(const TreeCopier&) = delete;
   TreeCopier& operator=(const TreeCopier&) = delete;
   ~TreeCopier();
@@ -63,6 +64,7 @@ class TreeCopier {
 
   std::string _sourcePath;
   std::string _copyPath;
+  PlaceRules _rules;
   /// The folder being filled, which must not be met again among what is copied.
   struct stat _rootStatus {};
   int _root = -1;
