@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "app/Rooms.h"
-#include "platform/ActionTarget.h"
 #include "platform/Registration.h"
 #include "platform/UserInterface.h"
 #include "settings/FileTemplate.h"
@@ -26,7 +25,7 @@ struct URLEvent;
 /// The application object: the hub that every flow is an operation of, or is called by. Each flow's
 /// operations are defined in the folder that they belong to. Main thread only; it outlives the work
 /// it puts on the main queue, because the queue drops its work when the loop ends.
-class AppDelegate : public ActionTarget, public VDKQueueDelegate {
+class AppDelegate : public VDKQueueDelegate {
  public:
   /// Opens the settings, starts listening to the main application and to volumes that come and go,
   /// and starts access to the directories that the user has granted.
@@ -109,9 +108,6 @@ class AppDelegate : public ActionTarget, public VDKQueueDelegate {
   }
   bool resolveInstanceMethod(const std::string& name) {
     return _rooms.shortcuts.resolveInstanceMethod(name);
-  }
-  void performAction(const std::string& name, const PTHotKey& sender) override {
-    _rooms.shortcuts.performAction(name, sender);
   }
   void getFinderPathWithTemplate(const FileTemplate& template_,
                                  FolderQuery::Handler completionHandler) const {

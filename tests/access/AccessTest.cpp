@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/support/AppDelegateTest.h"
+#include "access/AuthorizedDirectories.h"
+#include "tests/support/DesktopTest.h"
 #include "tests/support/PrintPropertyList.h"
 
 namespace quennel::test {
@@ -15,7 +17,7 @@ using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 
 /// The recorded grants, in the settings as other processes see them.
-class Access : public AppDelegateTest {
+class Access : public DesktopTest {
  protected:
   Access() {
     for (const char* path : {"/a", "/a/b", "/c"}) {
@@ -25,6 +27,12 @@ class Access : public AppDelegateTest {
     _storesBefore = fakes.sharedDefaults.storeCount();
   }
 
+  /// Starts access as the helper does when it starts up.
+  AuthorizedDirectories& launch() {
+    directories.emplace(fakes.securityScope, fakes.sharedDefaults);
+    directories->startAccessingURLs();
+    return *directories;
+  }
   PropertyList::Dictionary record(const std::string& path) {
     return {{"path", path}, {"bookmarkData", *fakes.securityScope.bookmarkDataForPath(path)}};
   }
@@ -45,6 +53,8 @@ class Access : public AppDelegateTest {
   }
   int stores() const { return fakes.sharedDefaults.storeCount() - _storesBefore; }
 
+  std::optional<AuthorizedDirectories> directories;
+
  private:
   int _storesBefore = 0;
 };
@@ -52,14 +62,6 @@ class Access : public AppDelegateTest {
 TEST_F(Access, WithoutRecordsOpensNothing) {
   EXPECT_THAT(launch().openedURLs(), IsEmpty());
   EXPECT_THAT(fakes.securityScope.started, IsEmpty());
-}
-
-TEST_F(Access, IsStartedToEveryRecordedDirectoryInOrderAtTheEndOfInit) {
-  setRecords({record("/c"), record("/a/b"), record("/a")});
-  delegate = std::make_unique<AppDelegate>(platformOf(fakes));
-  EXPECT_THAT(fakes.securityScope.started, ElementsAre("/c", "/a/b", "/a"));
-  EXPECT_THAT(delegate->openedURLs(), UnorderedElementsAre("/a", "/a/b", "/c"));
-  EXPECT_TRUE(fakes.securityScope.isAccessible("/c"));
 }
 
 TEST_F(Access, IsStartedWhereTheDirectoryIsNow) {
@@ -76,7 +78,6 @@ TEST_F(Access, SkipsGarbageAtEveryStartAndNeverRemovesIt) {
   setRecords(kept);
   for (int start = 0; start < 3; ++start) {
     EXPECT_THAT(launch().openedURLs(), ElementsAre("/a"));
-    delegate.reset();
   }
   EXPECT_EQ(PropertyList(records()), PropertyList(kept));
   EXPECT_EQ(stores(), 0);
@@ -92,7 +93,7 @@ TEST_F(Access, SkipsWhatIsNoRecordAtAll) {
 TEST_F(Access, TakesAnythingButAnArrayForNoRecords) {
   fakes.sharedDefaults.stored().insert_or_assign("authorizedDirs", "text");
   EXPECT_THAT(launch().openedURLs(), IsEmpty());
-  delegate->saveAuthorizedURL("/a");
+  directories->saveAuthorizedURL("/a");
   EXPECT_THAT(recordedPaths(), ElementsAre("/a"));
 }
 
@@ -109,27 +110,10 @@ TEST_F(Access, CountsADirectoryAsOpenedEvenIfStartingFailed) {
   EXPECT_THAT(launch().openedURLs(), ElementsAre("/a"));
 }
 
-TEST_F(Access, IsStartedAndStoppedOnceForTwoRecordsOfOneDirectory) {
-  setRecords({record("/a"), record("/a")});
-  launch();
-  EXPECT_THAT(fakes.securityScope.started, ElementsAre("/a"));
-  delegate.reset();
-  EXPECT_THAT(fakes.securityScope.stopped, ElementsAre("/a"));
-  EXPECT_FALSE(fakes.securityScope.isAccessible("/a"));
-}
-
-TEST_F(Access, IsStoppedToEveryOpenedDirectoryWhenTheApplicationObjectGoes) {
-  setRecords({record("/a"), record("/c")});
-  launch();
-  delegate.reset();
-  EXPECT_THAT(fakes.securityScope.stopped, UnorderedElementsAre("/a", "/c"));
-  EXPECT_FALSE(fakes.securityScope.isAccessible("/a"));
-}
-
 TEST_F(Access, LeavesTheSetAsItIsWhenStopped) {
   setRecords({record("/a")});
   launch().stopAccessingURLs();
-  EXPECT_THAT(delegate->openedURLs(), ElementsAre("/a"));
+  EXPECT_THAT(directories->openedURLs(), ElementsAre("/a"));
   EXPECT_FALSE(fakes.securityScope.isAccessible("/a"));
 }
 
@@ -137,61 +121,9 @@ TEST_F(Access, StartedAgainWithoutAStopForgetsTheEarlierSet) {
   setRecords({record("/a")});
   launch();
   setRecords({record("/c")});
-  delegate->startAccessingURLs();
-  EXPECT_THAT(delegate->openedURLs(), ElementsAre("/c"));
+  directories->startAccessingURLs();
+  EXPECT_THAT(directories->openedURLs(), ElementsAre("/c"));
   EXPECT_THAT(fakes.securityScope.stopped, IsEmpty());
-}
-
-TEST_F(Access, IsStoppedAndStartedOnceForEveryRecordWhenAnyVolumeIsMounted) {
-  setRecords({record("/a"), record("/c")});
-  launch();
-  fakes.volumeEvents.mountVolume();
-  EXPECT_THAT(fakes.securityScope.stopped, UnorderedElementsAre("/a", "/c"));
-  EXPECT_THAT(fakes.securityScope.started, ElementsAre("/a", "/c", "/a", "/c"));
-  fakes.volumeEvents.unmountVolume();
-  EXPECT_EQ(fakes.securityScope.started.size(), 6U);
-  EXPECT_EQ(fakes.securityScope.stopped.size(), 4U);
-  EXPECT_TRUE(fakes.securityScope.isAccessible("/a"));
-}
-
-TEST_F(Access, BeginsWhenTheVolumeOfARecordIsMounted) {
-  setRecords({record("/c")});
-  fakes.securityScope.hide("/c");
-  EXPECT_THAT(launch().openedURLs(), IsEmpty());
-  fakes.securityScope.showAt("/media/c");
-  fakes.volumeEvents.mountVolume();
-  EXPECT_THAT(delegate->openedURLs(), ElementsAre("/media/c"));
-  EXPECT_TRUE(fakes.securityScope.isAccessible("/media/c"));
-}
-
-TEST_F(Access, EndsWhenTheVolumeOfARecordIsUnmounted) {
-  setRecords({record("/a"), record("/c")});
-  launch();
-  fakes.securityScope.hide("/c");
-  fakes.volumeEvents.unmountVolume();
-  EXPECT_THAT(delegate->openedURLs(), ElementsAre("/a"));
-  EXPECT_FALSE(fakes.securityScope.isAccessible("/c"));
-  EXPECT_EQ(records().size(), 2U);
-}
-
-TEST_F(Access, IsNotRestartedByVolumesOnceTheApplicationTerminates) {
-  setRecords({record("/a")});
-  launch();
-  EXPECT_EQ(fakes.volumeEvents.observerCount(), 1U);
-  fakes.runLoop.terminate();
-  fakes.volumeEvents.mountVolume();
-  EXPECT_THAT(fakes.securityScope.started, ElementsAre("/a"));
-  EXPECT_EQ(fakes.volumeEvents.observerCount(), 0U);
-}
-
-TEST_F(Access, TakesUpRecordsOfOtherProcessesAtTheNextVolumeEventOnly) {
-  launch();
-  setRecords({record("/a")});
-  command("net.brellow.QuennelHelper", "fileTemplates");
-  command("net.brellow.QuennelHelper", "authorizedDirs");
-  EXPECT_THAT(delegate->openedURLs(), IsEmpty());
-  fakes.volumeEvents.mountVolume();
-  EXPECT_THAT(delegate->openedURLs(), ElementsAre("/a"));
 }
 
 TEST_F(Access, FirstGrantedMakesTheArrayWithOneRecordOfTwoKeys) {
@@ -203,28 +135,28 @@ TEST_F(Access, FirstGrantedMakesTheArrayWithOneRecordOfTwoKeys) {
 
 TEST_F(Access, GrantedTwiceToADirectoryWritesNothingTheSecondTime) {
   launch().saveAuthorizedURL("/a");
-  delegate->saveAuthorizedURL("/a");
-  delegate->saveAuthorizedURL("/a/");
+  directories->saveAuthorizedURL("/a");
+  directories->saveAuthorizedURL("/a/");
   EXPECT_THAT(recordedPaths(), ElementsAre("/a"));
   EXPECT_EQ(stores(), 1);
 }
 
 TEST_F(Access, KeepsBothGrantsOfADirectoryAndOfItsParentInTheirOrder) {
   launch().saveAuthorizedURL("/a/b");
-  delegate->saveAuthorizedURL("/a");
+  directories->saveAuthorizedURL("/a");
   EXPECT_THAT(recordedPaths(), ElementsAre("/a/b", "/a"));
 }
 
 TEST_F(Access, KeepsBothGrantsOfADirectoryAndOfOneInItInTheirOrder) {
   launch().saveAuthorizedURL("/a");
-  delegate->saveAuthorizedURL("/a/b");
+  directories->saveAuthorizedURL("/a/b");
   EXPECT_THAT(recordedPaths(), ElementsAre("/a", "/a/b"));
 }
 
 TEST_F(Access, ComparesPathsExactly) {
   fakes.securityScope.addFolder("/A");
   launch().saveAuthorizedURL("/a");
-  delegate->saveAuthorizedURL("/A");
+  directories->saveAuthorizedURL("/A");
   EXPECT_THAT(recordedPaths(), ElementsAre("/a", "/A"));
 }
 
@@ -240,16 +172,6 @@ TEST_F(Access, IsNotRecordedWhenNoBookmarkCanBeMade) {
   EXPECT_THAT(records(), IsEmpty());
   EXPECT_EQ(stores(), 0);
   EXPECT_THAT(fakes.userInterface.alerts, IsEmpty());
-}
-
-TEST_F(Access, GrantedInThisRunIsNotOpenedUntilARestart) {
-  launch().saveAuthorizedURL("/a");
-  EXPECT_THAT(delegate->openedURLs(), IsEmpty());
-  EXPECT_THAT(fakes.securityScope.started, IsEmpty());
-  fakes.volumeEvents.mountVolume();
-  EXPECT_THAT(delegate->openedURLs(), ElementsAre("/a"));
-  delegate.reset();
-  EXPECT_THAT(launch().openedURLs(), ElementsAre("/a"));
 }
 
 TEST_F(Access, LeavesAllOtherSettingsAndRecordsAsTheyAre) {
@@ -269,14 +191,14 @@ TEST_F(Access, LeavesAllOtherSettingsAndRecordsAsTheyAre) {
 TEST_F(Access, KeepsARecordThatAnotherProcessAddsMeanwhile) {
   launch();
   setRecords({record("/c")});
-  delegate->saveAuthorizedURL("/a");
+  directories->saveAuthorizedURL("/a");
   EXPECT_THAT(recordedPaths(), ElementsAre("/c", "/a"));
 }
 
 TEST_F(Access, ThatCannotBeStoredIsNoReasonForAnAlert) {
   launch();
   fakes.sharedDefaults.setStoreError(Error{28, "No space left on device"});
-  delegate->saveAuthorizedURL("/a");
+  directories->saveAuthorizedURL("/a");
   EXPECT_THAT(records(), IsEmpty());
   EXPECT_THAT(fakes.userInterface.alerts, IsEmpty());
 }

@@ -7,10 +7,9 @@
 #include <memory>
 #include <string>
 
-#include "app/AppDelegate.h"
+#include "access/AuthorizedDirectories.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
-#include "tests/support/FakePlatform.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -35,32 +34,14 @@ class StoredGrant : public ::testing::Test {
 
   struct Run {
     explicit Run(const TemporaryDirectory& folder)
-        : settings(folder / "settings.plist"), scope(folder / "key"), delegate(platform()) {}
-
-    Platform platform() {
-      Platform platform = platformOf(fakes);
-      return {.runLoop = platform.runLoop,
-              .sharedDefaults = settings,
-              .standardDefaults = platform.standardDefaults,
-              .mainBundle = platform.mainBundle,
-              .fileManager = platform.fileManager,
-              .securityScope = scope,
-              .workspace = platform.workspace,
-              .volumeEvents = platform.volumeEvents,
-              .workspaceNotificationCenter = platform.workspaceNotificationCenter,
-              .kernelQueues = platform.kernelQueues,
-              .distributedNotificationCenter = platform.distributedNotificationCenter,
-              .urlEvents = platform.urlEvents,
-              .userInterface = platform.userInterface,
-              .userScripts = platform.userScripts,
-              .hotKeyCenter = platform.hotKeyCenter,
-              .sound = platform.sound};
+        : settings(folder / "settings.plist"), scope(folder / "key") {
+      directories.startAccessingURLs();
     }
+    ~Run() { directories.stopAccessingURLs(); }
 
-    FakeDesktop fakes;
     PropertyListUserDefaults settings;
     LandlockSecurityScope scope;
-    AppDelegate delegate;
+    AuthorizedDirectories directories{scope, settings};
   };
 
   TemporaryDirectory folder;
@@ -68,19 +49,19 @@ class StoredGrant : public ::testing::Test {
 };
 
 TEST_F(StoredGrant, IsInForceInTheNextRun) {
-  Run(folder).delegate.saveAuthorizedURL(granted);
+  Run(folder).directories.saveAuthorizedURL(granted);
   Run next(folder);
-  EXPECT_THAT(next.delegate.openedURLs(), ElementsAre(granted));
+  EXPECT_THAT(next.directories.openedURLs(), ElementsAre(granted));
   EXPECT_TRUE(next.scope.isAccessible(granted));
 }
 
 TEST_F(StoredGrant, DoesNotPassToAFolderThatTookThePlace) {
-  Run(folder).delegate.saveAuthorizedURL(granted);
+  Run(folder).directories.saveAuthorizedURL(granted);
   std::filesystem::rename(granted, folder / "old");
   std::filesystem::remove_all(folder / "old");
   std::filesystem::create_directory(granted);
   Run next(folder);
-  EXPECT_THAT(next.delegate.openedURLs(), IsEmpty());
+  EXPECT_THAT(next.directories.openedURLs(), IsEmpty());
   EXPECT_FALSE(next.scope.isAccessible(granted));
 }
 
@@ -88,7 +69,7 @@ TEST_F(StoredGrant, IsReadByPythonAsARecordOfTwoKeys) {
   if (std::system("python3 -c 'import plistlib' 2>/dev/null") != 0) {
     GTEST_SKIP() << "python3 is not installed";
   }
-  Run(folder).delegate.saveAuthorizedURL(granted);
+  Run(folder).directories.saveAuthorizedURL(granted);
   const std::string program =
       "import plistlib\n"
       "for record in plistlib.load(open(\"" +

@@ -1,6 +1,6 @@
 #include "creation/AppUtil.h"
 #include "installui/InstallScriptWindowController.h"
-#include "tests/support/AppDelegateTest.h"
+#include "tests/app/AppDelegateTest.h"
 
 namespace quennel::test {
 namespace {

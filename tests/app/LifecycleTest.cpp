@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "settings/SharedSettings.h"
-#include "tests/support/AppDelegateTest.h"
+#include "tests/app/AppDelegateTest.h"
 
 namespace quennel::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/support/AppDelegateTest.h"
+#include "tests/app/AppDelegateTest.h"
 
 namespace quennel::test {
 namespace {

@@ -1,12 +1,13 @@
-#include "tests/support/AppDelegateTest.h"
+#include "tests/support/CreationRoom.h"
+#include "tests/support/DesktopTest.h"
 
 namespace quennel::test {
 namespace {
 
-class DirectCreation : public AppDelegateTest {
+class DirectCreation : public DesktopTest {
  protected:
   void make(const PropertyList::Dictionary& record, const std::string& dir = "/d") {
-    launch().makeFileAtDir(dir, record);
+    room.creation.makeFileAtDir(dir, record);
   }
   std::uint16_t mode(const std::string& path) {
     return fakes.fileManager.attributesOfItemAtPath(path)->posixPermissions.value();
@@ -19,6 +20,8 @@ class DirectCreation : public AppDelegateTest {
       fakes.sharedDefaults.setObject(true, key);
     }
   }
+
+  CreationRoom room{fakes};
 };
 
 TEST_F(DirectCreation, ATakenNameGetsANumber) {
@@ -33,7 +36,7 @@ TEST_F(DirectCreation, WithoutASuffixTheNameIsThePrefixAlone) {
   record.insert_or_assign("suffix", "");
   make(record);
   record.erase("suffix");
-  delegate->makeFileAtDir("/d", record);
+  room.creation.makeFileAtDir("/d", record);
   EXPECT_TRUE(exists("/d/untitled"));
   EXPECT_TRUE(exists("/d/untitled-1"));
 }
@@ -96,19 +99,18 @@ TEST_F(DirectCreation, AFileMadeOnTheDesktopIsNotRevealed) {
   switchOn({"showFileOnCreation"});
   make(templateRecord("untitled", "txt"), "/Users/me/Desktop");
   EXPECT_TRUE(fakes.workspace.revealed.empty());
-  delegate->makeFileAtDir("/Users/me/Desktop/Sub", templateRecord("untitled", "txt"));
+  room.creation.makeFileAtDir("/Users/me/Desktop/Sub", templateRecord("untitled", "txt"));
   EXPECT_EQ(fakes.workspace.revealed.front(),
             std::vector<std::string>{"/Users/me/Desktop/Sub/untitled.txt"});
 }
 
 TEST_F(DirectCreation, TheDesktopIsTheFolderItselfAndWhatIsDirectlyInIt) {
   fakes.fileManager.loginName = "me";
-  launch();
-  EXPECT_TRUE(delegate->isDesktopDir("/Users/me/Desktop"));
-  EXPECT_TRUE(delegate->isDesktopDir("/Users/me/Desktop/a.txt"));
-  EXPECT_FALSE(delegate->isDesktopDir("/Users/me/Desktop/Sub/a.txt"));
-  EXPECT_FALSE(delegate->isDesktopDir("/Users/me/desktop"));
-  EXPECT_FALSE(delegate->isDesktopDir("/Users/other/Desktop"));
+  EXPECT_TRUE(room.creation.isDesktopDir("/Users/me/Desktop"));
+  EXPECT_TRUE(room.creation.isDesktopDir("/Users/me/Desktop/a.txt"));
+  EXPECT_FALSE(room.creation.isDesktopDir("/Users/me/Desktop/Sub/a.txt"));
+  EXPECT_FALSE(room.creation.isDesktopDir("/Users/me/desktop"));
+  EXPECT_FALSE(room.creation.isDesktopDir("/Users/other/Desktop"));
 }
 
 TEST_F(DirectCreation, AFailedCopyIsReportedAfterThreeTenthsOfASecond) {
@@ -164,24 +166,11 @@ TEST_F(DirectCreation, ATemplateWithoutAFileEndsAsAFailedCopy) {
 }
 
 TEST_F(DirectCreation, ATemplateWithoutANameMakesNothingBesideTheFolder) {
-  launch().makeFileAtDir("/d", FileTemplate("not a record"));
+  room.creation.makeFileAtDir("/d", FileTemplate("not a record"));
   fakes.runLoop.advance(300ms);
   EXPECT_EQ(fakes.userInterface.alerts.at(0).messageText, "Error creating file!");
   EXPECT_EQ(fakes.userInterface.alerts.at(0).informativeText, "The template has no file name.");
   EXPECT_FALSE(exists("/d-1"));
-}
-
-TEST_F(DirectCreation, TheAlertIsNotCountedAndTheQuitCheckFiresDuringIt) {
-  launch();
-  fakes.userInterface.whileShown = [this](const Alert&) {
-    EXPECT_EQ(delegate->panelCount(), 0);
-    fakes.runLoop.advance(11s);
-    EXPECT_TRUE(terminated());
-  };
-  fakes.fileManager.removeItemAtPath("/templates/untitled.txt");
-  open("quennel:///d?0");
-  fakes.runLoop.advance(300ms);
-  EXPECT_EQ(fakes.userInterface.alerts.size(), 1u);
 }
 
 TEST_F(DirectCreation, AFolderTemplateIsCopiedWhole) {

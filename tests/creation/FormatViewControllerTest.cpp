@@ -1,14 +1,13 @@
-#include "access/ReplaceableTexts.h"
-#include "creation/AppUtil.h"
 #include "creation/FormatViewController.h"
-#include "tests/support/AppDelegateTest.h"
+#include "tests/support/CreationRoom.h"
+#include "tests/support/DesktopTest.h"
 #include "tests/support/FakeSavePanel.h"
 
 namespace quennel::test {
 namespace {
 
 /// Templates A (enabled), B (disabled) and C (enabled, without a suffix).
-class FormatView : public AppDelegateTest {
+class FormatView : public DesktopTest {
  protected:
   FormatView() {
     b.insert_or_assign("enabled", false);
@@ -19,8 +18,8 @@ class FormatView : public AppDelegateTest {
     fakes.sharedDefaults.setObject(templates, "fileTemplates");
   }
   FormatViewController& controllerFor(const FileTemplate& template_) {
-    controller.emplace(fakes.sharedDefaults, fakes.mainBundle, util, template_);
-    controller->setAppDelegate(&texts);
+    controller.emplace(fakes.sharedDefaults, fakes.mainBundle, room.util, template_);
+    controller->setAppDelegate(&room.texts);
     controller->setSavePanel(&panel);
     controller->setDestDir("/d");
     controller->view();
@@ -32,11 +31,7 @@ class FormatView : public AppDelegateTest {
   PropertyList::Dictionary a = templateRecord("a", "txt");
   PropertyList::Dictionary b = templateRecord("b", "txt");
   PropertyList::Dictionary c = templateRecord("c", "");
-  const AppUtil util{{.fileManager = fakes.fileManager,
-                      .securityScope = fakes.securityScope,
-                      .notifications = fakes.distributedNotificationCenter,
-                      .userInterface = fakes.userInterface}};
-  const ReplaceableTexts texts{fakes.mainBundle, fakes.sharedDefaults};
+  CreationRoom room{fakes};
   FakeSavePanel panel{fakes.log, nullptr};
   std::optional<FormatViewController> controller;
 };
@@ -112,7 +107,7 @@ TEST_F(FormatView, TheButtonIsLabelled) {
 }
 
 TEST_F(FormatView, IsFilledOnceWhenItIsLoaded) {
-  FormatViewController unloaded(fakes.sharedDefaults, fakes.mainBundle, util, a);
+  FormatViewController unloaded(fakes.sharedDefaults, fakes.mainBundle, room.util, a);
   EXPECT_EQ(unloaded.formatButton(), nullptr);
   controllerFor(a);
   store({a});

@@ -1,10 +1,11 @@
-#include "tests/support/AppDelegateTest.h"
+#include "tests/support/CreationRoom.h"
+#include "tests/support/DesktopTest.h"
 
 namespace quennel::test {
 namespace {
 
 /// Requests that open a panel, and a user who answers it.
-class NewFilePanel : public AppDelegateTest {
+class NewFilePanel : public DesktopTest {
  protected:
   NewFilePanel() {
     fakes.sharedDefaults.setObject(false, "skipFilename");
@@ -17,7 +18,7 @@ class NewFilePanel : public AppDelegateTest {
   /// A request for a template that is the only one.
   void show(const PropertyList::Dictionary& record, const std::string& dir = "/d") {
     fakes.sharedDefaults.setObject(PropertyList::Array{record}, "fileTemplates");
-    launch().showNewFilePanel(dir, record);
+    room.newFilePanel.showNewFilePanel(dir, record);
   }
   /// Looks at the panel and cancels it.
   void lookAt(const PropertyList::Dictionary& record,
@@ -43,31 +44,9 @@ class NewFilePanel : public AppDelegateTest {
     EXPECT_EQ(fakes.userInterface.alerts.size(), 1u);
     return fakes.userInterface.alerts.at(0);
   }
+
+  CreationRoom room{fakes};
 };
-
-TEST_F(NewFilePanel, ARequestThatDoesNotSkipTheNameOpensIt) {
-  launch();
-  open("quennel:///d?2");
-  EXPECT_TRUE(exists("/d/script.sh"));
-}
-
-TEST_F(NewFilePanel, ARequestThatSkipsTheNameDoesNot) {
-  fakes.sharedDefaults.setObject(true, "skipFilename");
-  answer([](FakeSavePanel&) -> ModalResponse {
-    ADD_FAILURE() << "a panel";
-    return ModalResponse::Cancel;
-  });
-  launch();
-  open("quennel:///d?2");
-  EXPECT_TRUE(exists("/d/script.sh"));
-}
-
-TEST_F(NewFilePanel, ARequestWithoutAFolderOpensNone) {
-  launch();
-  delegate->handleURLEvent({.directObject = "not a url", .activationToken = {}});
-  EXPECT_EQ(fakes.userInterface.activations, 0);
-  EXPECT_EQ(delegate->panelCount(), 0);
-}
 
 TEST_F(NewFilePanel, IsSetUpInThisOrder) {
   lookAt(templateRecord("untitled", "txt"), [](FakeSavePanel&) {});
@@ -145,8 +124,7 @@ TEST_F(NewFilePanel, ATemplateChosenInItIsProposedUnderANameThatIsFreeInTheFolde
     EXPECT_EQ(panel.name, "script-1");
     return ModalResponse::OK;
   });
-  launch();
-  open("quennel:///d?0");
+  room.newFilePanel.showNewFilePanel("/d", templateRecord("untitled", "txt"));
   EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/script-1.sh"), "#!/bin/sh\n");
   EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/script.sh"), "old");
 }
@@ -176,15 +154,6 @@ TEST_F(NewFilePanel, TheFolderIsKeptBeforeItOpens) {
       EXPECT_EQ(fakes.standardDefaults.objectForKey(key), PropertyList("/d"));
     }
   });
-}
-
-TEST_F(NewFilePanel, TheSendersTokenBringsItToTheFront) {
-  launch();
-  fakes.urlEvents.receive({.directObject = "quennel:///d?0", .activationToken = "token-1"});
-  fakes.runLoop.runUntilIdle();
-  fakes.urlEvents.receive({.directObject = "quennel:///d?0", .activationToken = {}});
-  fakes.runLoop.runUntilIdle();
-  EXPECT_EQ(fakes.userInterface.activationTokens, (std::vector<std::string>{"token-1", ""}));
 }
 
 TEST_F(NewFilePanel, MakesTheFileUnderTheTypedName) {
@@ -235,44 +204,19 @@ TEST_F(NewFilePanel, AFolderTemplateIsCopiedWhole) {
   EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/project/src/main.c"), "int main;");
 }
 
-TEST_F(NewFilePanel, TheTemplateChosenInItIsTheOneThatCounts) {
-  fakes.fileManager.addFile("/templates/script.sh", "#!/bin/sh\n", 0644);
-  answer([](FakeSavePanel& panel) {
-    panel.choose("A script");
-    return ModalResponse::OK;
-  });
-  launch();
-  open("quennel:///d?0");
-  EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/script.sh"), "#!/bin/sh\n");
-  EXPECT_EQ(mode("/d/script.sh"), 0755);
-  EXPECT_FALSE(exists("/d/untitled.txt"));
-}
-
 TEST_F(NewFilePanel, WithoutTemplatesInTheSettingsTheOneOfTheRequestCounts) {
   fakes.sharedDefaults.removeObjectForKey("fileTemplates");
   answer([](FakeSavePanel& panel) {
     EXPECT_TRUE(panel.menu().empty());
     return ModalResponse::OK;
   });
-  launch().showNewFilePanel("/d", templateRecord("untitled", "txt"));
+  room.newFilePanel.showNewFilePanel("/d", templateRecord("untitled", "txt"));
   EXPECT_TRUE(exists("/d/untitled.txt"));
 }
 
 TEST_F(NewFilePanel, ATemplateThatIsNoLongerInTheListGivesWayToTheFirst) {
-  launch().showNewFilePanel("/d", templateRecord("gone", "txt"));
+  room.newFilePanel.showNewFilePanel("/d", templateRecord("gone", "txt"));
   EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/gone.txt"), "Dear reader");
-}
-
-TEST_F(NewFilePanel, SettingsThatChangeWhileItIsOpenDoNotChangeItsTemplates) {
-  answer([this](FakeSavePanel& panel) {
-    fakes.sharedDefaults.setObject(PropertyList::Array{templateRecord("other", "md")},
-                                   "fileTemplates");
-    EXPECT_EQ(panel.menu(), (std::vector<std::string>{"A untitled", "A script"}));
-    return ModalResponse::OK;
-  });
-  launch();
-  open("quennel:///d?0");
-  EXPECT_TRUE(exists("/d/untitled.txt"));
 }
 
 TEST_F(NewFilePanel, SettingsThatChangeWhileItIsOpenSayWhatFollows) {
@@ -327,7 +271,7 @@ TEST_F(NewFilePanel, FailuresAfterTheCopyLeaveTheFile) {
   fakes.runLoop.advance(1s);
   EXPECT_TRUE(exists("/d/untitled.txt"));
   EXPECT_TRUE(fakes.userInterface.alerts.empty());
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(NewFilePanel, WhatIsChosenIsAllowedForThisRunAndNotRecorded) {
@@ -351,11 +295,11 @@ TEST_F(NewFilePanel, AsksNobodyWhetherTheFolderIsWritable) {
 
 TEST_F(NewFilePanel, IsCountedWhileItIsOpenAndNoLongerWhenTheFileIsMade) {
   answer([this](FakeSavePanel&) {
-    EXPECT_EQ(delegate->panelCount(), 1);
+    EXPECT_EQ(room.panelCount.value(), 1);
     return ModalResponse::OK;
   });
   show(templateRecord("untitled", "txt"));
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(NewFilePanel, CancellingMakesNothingAndLeavesItCounted) {
@@ -363,29 +307,7 @@ TEST_F(NewFilePanel, CancellingMakesNothingAndLeavesItCounted) {
   show(templateRecord("untitled", "txt"));
   EXPECT_TRUE(fakes.fileManager.calls.empty());
   EXPECT_TRUE(fakes.securityScope.allowed.empty());
-  EXPECT_EQ(delegate->panelCount(), 1);
-}
-
-TEST_F(NewFilePanel, TheQuitCheckIsArmedWhenItHasClosed) {
-  answer([this](FakeSavePanel&) {
-    fakes.runLoop.advance(1h);
-    EXPECT_FALSE(terminated());
-    return ModalResponse::OK;
-  });
-  launch();
-  open("quennel:///d?0");
-  fakes.runLoop.advance(10s);
-  EXPECT_FALSE(terminated());
-  fakes.runLoop.advance(1s);
-  EXPECT_TRUE(terminated());
-}
-
-TEST_F(NewFilePanel, AfterACancelledOneTheHelperDoesNotQuitByItself) {
-  answer([](FakeSavePanel&) { return ModalResponse::Cancel; });
-  launch();
-  open("quennel:///d?0");
-  fakes.runLoop.advance(1h);
-  EXPECT_FALSE(terminated());
+  EXPECT_EQ(room.panelCount.value(), 1);
 }
 
 TEST_F(NewFilePanel, ARemovalThatFailsIsReportedAndLeavesItCounted) {
@@ -402,20 +324,20 @@ TEST_F(NewFilePanel, ARemovalThatFailsIsReportedAndLeavesItCounted) {
   EXPECT_EQ(onlyAlert().informativeText, "Permission denied");
   EXPECT_EQ(onlyAlert().alertStyle, AlertStyle::Critical);
   EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/untitled.txt"), "old");
-  EXPECT_EQ(delegate->panelCount(), 1);
+  EXPECT_EQ(room.panelCount.value(), 1);
 }
 
 TEST_F(NewFilePanel, ACopyThatFailsIsReportedAndCountedUntilTheAlertIsDismissed) {
-  fakes.userInterface.whileShown = [this](const Alert&) { EXPECT_EQ(delegate->panelCount(), 1); };
+  fakes.userInterface.whileShown = [this](const Alert&) { EXPECT_EQ(room.panelCount.value(), 1); };
   show(templateRecord("missing", "txt"));
-  EXPECT_EQ(delegate->panelCount(), 1);
+  EXPECT_EQ(room.panelCount.value(), 1);
   fakes.runLoop.advance(299ms);
   EXPECT_TRUE(fakes.userInterface.alerts.empty());
   fakes.runLoop.advance(1ms);
   EXPECT_EQ(onlyAlert().messageText, "Error creating file!");
   EXPECT_FALSE(onlyAlert().informativeText.value().empty());
   EXPECT_EQ(onlyAlert().alertStyle, AlertStyle::Critical);
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(NewFilePanel, ACopyThatFailsLeavesTheFileThatWasToBeReplaced) {
@@ -429,7 +351,7 @@ TEST_F(NewFilePanel, ACopyThatFailsLeavesTheFileThatWasToBeReplaced) {
   EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/missing.txt"), "old");
   EXPECT_TRUE(fakes.workspace.opened.empty());
   EXPECT_EQ(onlyAlert().messageText, "Error creating file!");
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(NewFilePanel, ATemplateIsNotLostThroughALink) {
@@ -475,7 +397,7 @@ TEST_F(NewFilePanel, ATemplateIsNotLostByReplacingItOrTheFolderItIsIn) {
     fakes.runLoop.advance(300ms);
     EXPECT_EQ(fakes.fileManager.contentsAtPath("/templates/untitled.txt"), "Dear reader");
     EXPECT_EQ(fakes.userInterface.alerts.back().messageText, "Error creating file!");
-    EXPECT_EQ(delegate->panelCount(), 0);
+    EXPECT_EQ(room.panelCount.value(), 0);
   }
 }
 
@@ -486,38 +408,6 @@ TEST_F(NewFilePanel, TheAlertsAreTranslatedByTheApplicationAlone) {
   show(templateRecord("missing", "txt"));
   fakes.runLoop.advance(300ms);
   EXPECT_EQ(onlyAlert().messageText, "Fehler!");
-}
-
-TEST_F(NewFilePanel, TwoRequestsAtOnceOpenOneOverTheOther) {
-  int open = 0;
-  answer([&](FakeSavePanel& panel) {
-    if (++open == 1) {
-      fakes.urlEvents.open("quennel:///d?2");
-      fakes.runLoop.runUntilIdle();
-      EXPECT_TRUE(exists("/d/script.sh")) << "made by the panel above";
-      EXPECT_EQ(delegate->panelCount(), 1);
-    } else {
-      EXPECT_EQ(panel.name, "script");
-      EXPECT_EQ(delegate->panelCount(), 2);
-    }
-    return ModalResponse::OK;
-  });
-  launch();
-  this->open("quennel:///d?0");
-  EXPECT_EQ(open, 2);
-  EXPECT_TRUE(exists("/d/untitled.txt"));
-  EXPECT_EQ(delegate->panelCount(), 0);
-}
-
-TEST_F(NewFilePanel, TheQuitCommandEndsTheHelperWhileItIsOpen) {
-  answer([this](FakeSavePanel&) {
-    command("net.brellow.QuennelHelper", "quit");
-    EXPECT_TRUE(terminated());
-    return ModalResponse::Cancel;
-  });
-  launch();
-  open("quennel:///d?0");
-  EXPECT_FALSE(exists("/d/untitled.txt"));
 }
 
 }  // namespace

@@ -3,14 +3,15 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/AppDelegateTest.h"
 #include "tests/support/Deadline.h"
+#include "tests/support/DesktopTest.h"
+#include "tests/support/ShortcutsRoom.h"
 
 namespace quennel::test {
 namespace {
 
 /// The user script, and a user who presses a shortcut.
-class FolderQuery : public AppDelegateTest {
+class FolderQuery : public DesktopTest {
  protected:
   FolderQuery() {
     fakes.mainBundle.resources["get-finder-path.scpt"] = "/app/get-finder-path.scpt";
@@ -25,7 +26,7 @@ class FolderQuery : public AppDelegateTest {
 
   /// Starts the query, and no more.
   void ask() {
-    launch().getFinderPathWithTemplate(
+    room.folderQuery.getFinderPathWithTemplate(
         FileTemplate("the template"),
         [this](const std::string& folder, const FileTemplate& template_) {
           answer = folder;
@@ -53,6 +54,7 @@ class FolderQuery : public AppDelegateTest {
     EXPECT_EQ(answer, std::nullopt);
   }
 
+  ShortcutsRoom room{fakes};
   const std::string path =
       "/home/user/Library/Application Scripts/net.brellow.QuennelHelper/QuennelHelper.sh";
   std::optional<std::string> answer;
@@ -176,9 +178,9 @@ TEST_F(FolderQuery, AScriptsFolderThatCannotBeMadeIsAMissingScript) {
 
 TEST_F(FolderQuery, NoAlertCountsAsAPanel) {
   scriptPrints("nonsense");
-  fakes.userInterface.whileShown = [this](const Alert&) { EXPECT_EQ(delegate->panelCount(), 0); };
+  fakes.userInterface.whileShown = [this](const Alert&) { EXPECT_EQ(room.panelCount.value(), 0); };
   folder();
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(FolderQuery, TitlesAreTranslated) {

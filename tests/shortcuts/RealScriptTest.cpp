@@ -7,20 +7,21 @@
 #include <optional>
 #include <string>
 
+#include "access/Alerts.h"
 #include "platform/linux/tasks/LinuxUserScripts.h"
-#include "tests/support/AppDelegateTest.h"
+#include "shortcuts/FolderQuery.h"
 #include "tests/support/Deadline.h"
+#include "tests/support/DesktopTest.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
 namespace {
 
-class RealScript : public AppDelegateTest {
+class RealScript : public DesktopTest {
  protected:
   RealScript() {
     fakes.mainBundle.resources["get-finder-path.scpt"] = _home / "get-finder-path.scpt";
-    delegate = std::make_unique<AppDelegate>(platformOf(fakes, {.userScripts = &*_scripts}));
   }
 
   std::string path() const {
@@ -35,10 +36,9 @@ class RealScript : public AppDelegateTest {
   /// The folder that is found, else the title of the alert.
   std::string outcome() {
     std::optional<std::string> folder;
-    delegate->getFinderPathWithTemplate(
-        {""}, [this, &folder](const std::string& found, const auto&) {
-          fakes.runLoop.dispatchAsync([&folder, found] { folder = found; });
-        });
+    _query->getFinderPathWithTemplate({""}, [this, &folder](const std::string& found, const auto&) {
+      fakes.runLoop.dispatchAsync([&folder, found] { folder = found; });
+    });
     const auto isOver = [&] { return folder || !fakes.userInterface.alerts.empty(); };
     EXPECT_TRUE(fakes.runLoop.runUntil(isOver));
     return folder ? *folder : fakes.userInterface.alerts.back().messageText.value_or("");
@@ -47,7 +47,7 @@ class RealScript : public AppDelegateTest {
   /// The end of the program, in the order of the real one.
   void end() {
     fakes.runLoop.terminate();
-    delegate.reset();
+    _query.reset();
     _scripts.reset();
   }
 
@@ -56,6 +56,9 @@ class RealScript : public AppDelegateTest {
   std::unique_ptr<LinuxUserScripts> _scripts = std::make_unique<LinuxUserScripts>(
       fakes.mainBundle,
       ScriptLimits{.time = std::chrono::seconds(2), .aftermath = std::chrono::milliseconds(100)});
+  Alerts _alerts{fakes.userInterface, fakes.runLoop};
+  std::unique_ptr<FolderQuery> _query =
+      std::make_unique<FolderQuery>(fakes.runLoop, *_scripts, fakes.mainBundle, _alerts);
 };
 
 TEST_F(RealScript, AnswersTheFolder) {
@@ -121,14 +124,14 @@ TEST_F(RealScript, ThatFailsGetsNoFolder) {
 
 TEST_F(RealScript, IsEndedWithTheProgram) {
   install("sleep 60");
-  delegate->getFinderPathWithTemplate({""}, [](const auto&, const auto&) { FAIL(); });
+  _query->getFinderPathWithTemplate({""}, [](const auto&, const auto&) { FAIL(); });
   end();
   EXPECT_TRUE(fakes.userInterface.alerts.empty());
 }
 
 TEST_F(RealScript, WhoseAnswerIsBeingRefusedDoesNotHoldUpTheEndOfTheProgram) {
   install("echo nonsense");
-  delegate->getFinderPathWithTemplate({""}, [](const auto&, const auto&) { FAIL(); });
+  _query->getFinderPathWithTemplate({""}, [](const auto&, const auto&) { FAIL(); });
   EXPECT_TRUE(eventually([this] { return fakes.runLoop.pendingCount() > 0; }));
   end();
   EXPECT_TRUE(fakes.userInterface.alerts.empty());

@@ -4,19 +4,19 @@
 #include <vector>
 
 #include "installui/InstallScriptWindowController.h"
-#include "tests/support/AppDelegateTest.h"
+#include "tests/support/DesktopTest.h"
+#include "tests/support/ShortcutsRoom.h"
 
 namespace quennel::test {
 namespace {
 
-class ScriptInstallation : public AppDelegateTest {
+class ScriptInstallation : public DesktopTest {
  protected:
   ScriptInstallation() {
     fakes.fileManager.addDirectory(folder);
     fakes.fileManager.addFile(source, "#!/bin/sh\n", 0755);
     fakes.mainBundle.resources["QuennelHelper.sh"] = source;
-    launch();
-    const auto noteCount = [this](const auto&) { counts.push_back(delegate->panelCount()); };
+    const auto noteCount = [this](const auto&) { counts.push_back(room.panelCount.value()); };
     fakes.userInterface.whilePanelShown = noteCount;
     fakes.userInterface.whileShown = noteCount;
   }
@@ -27,6 +27,7 @@ class ScriptInstallation : public AppDelegateTest {
   void copyingFails() { fakes.fileManager.failNext("copyItemAtPath", {28, "No space left"}); }
   const std::vector<Alert>& alerts() const { return fakes.userInterface.alerts; }
 
+  ShortcutsRoom room{fakes};
   const std::string folder = "/home/user/Library/Application Scripts/net.brellow.QuennelHelper";
   const std::string installed = folder + "/QuennelHelper.sh";
   const std::string source = "/app/QuennelHelper.sh";
@@ -36,18 +37,18 @@ class ScriptInstallation : public AppDelegateTest {
 
 TEST_F(ScriptInstallation, AnInstalledScriptIsEnough) {
   fakes.fileManager.addFile(installed, "whatever", 0);
-  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(room.installer.checkAndInstallScripts());
   EXPECT_TRUE(fakes.userInterface.openPanels.empty());
   EXPECT_TRUE(alerts().empty());
   EXPECT_EQ(fakes.userInterface.activations, 0);
   EXPECT_EQ(fakes.standardDefaults.storeCount(), 0);
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(ScriptInstallation, AFolderThatCannotBeMadeIsReported) {
   fakes.userScripts.directory.reset();
   fakes.userScripts.directoryError = {30, "Read-only file system"};
-  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_FALSE(room.installer.checkAndInstallScripts());
   ASSERT_EQ(alerts().size(), 1u);
   EXPECT_EQ(alerts()[0].messageText, "Error creating the scripts directory!");
   EXPECT_EQ(alerts()[0].informativeText, "Read-only file system");
@@ -57,7 +58,7 @@ TEST_F(ScriptInstallation, AFolderThatCannotBeMadeIsReported) {
 }
 
 TEST_F(ScriptInstallation, ThePanelAsksForTheScriptsFolder) {
-  delegate->checkAndInstallScripts();
+  room.installer.checkAndInstallScripts();
   ASSERT_EQ(fakes.userInterface.openPanels.size(), 1u);
   const OpenPanel& panel = fakes.userInterface.openPanels.front();
   EXPECT_EQ(panel.title, "Select Scripts Directory");
@@ -73,7 +74,7 @@ TEST_F(ScriptInstallation, ThePanelAsksForTheScriptsFolder) {
 }
 
 TEST_F(ScriptInstallation, TheFolderOfThePanelIsKeptInTheHelpersOwnSettings) {
-  delegate->checkAndInstallScripts();
+  room.installer.checkAndInstallScripts();
   EXPECT_EQ(fakes.standardDefaults.stored(),
             (PropertyList::Dictionary{{"NSNavLastRootDirectory", folder},
                                       {"NSNavLastCurrentDirectory", folder}}));
@@ -81,26 +82,26 @@ TEST_F(ScriptInstallation, TheFolderOfThePanelIsKeptInTheHelpersOwnSettings) {
 
 TEST_F(ScriptInstallation, TheHelperComesToTheFrontBeforeThePanel) {
   userChooses(folder);
-  delegate->checkAndInstallScripts();
+  room.installer.checkAndInstallScripts();
   EXPECT_EQ(fakes.log.calls(),
             (std::vector<std::string>{"activate", "open panel", "copyItemAtPath"}));
 }
 
 TEST_F(ScriptInstallation, AConfirmedPanelInstallsTheScriptWithItsPermissions) {
   userChooses(folder);
-  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(room.installer.checkAndInstallScripts());
   EXPECT_EQ(fakes.fileManager.contentsAtPath(installed), "#!/bin/sh\n");
   const auto attributes = fakes.fileManager.attributesOfItemAtPath(installed);
   ASSERT_TRUE(attributes);
   EXPECT_EQ(attributes->posixPermissions, 0755);
   EXPECT_TRUE(alerts().empty());
   EXPECT_EQ(counts, std::vector<std::int64_t>{1});
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(ScriptInstallation, AnotherFolderChosenDoesNotChangeWhereTheScriptGoes) {
   userChooses("/d");
-  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(room.installer.checkAndInstallScripts());
   EXPECT_TRUE(exists(installed));
   EXPECT_FALSE(exists("/d/QuennelHelper.sh"));
 }
@@ -108,19 +109,19 @@ TEST_F(ScriptInstallation, AnotherFolderChosenDoesNotChangeWhereTheScriptGoes) {
 TEST_F(ScriptInstallation, TheFolderChosenIsAccessibleFromThenOn) {
   using Allowed = decltype(fakes.securityScope.allowed);
   userChooses("/d");
-  delegate->checkAndInstallScripts();
+  room.installer.checkAndInstallScripts();
   EXPECT_EQ(fakes.securityScope.allowed, (Allowed{{"/d", SecurityScope::Extent::Folder}}));
 }
 
 TEST_F(ScriptInstallation, ACancelledPanelLeavesTheCountRaised) {
-  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_FALSE(room.installer.checkAndInstallScripts());
   ASSERT_EQ(alerts().size(), 1u);
   EXPECT_EQ(alerts()[0].messageText,
             "You must install the QuennelHelper.sh script in order to use keyboard shortcuts!");
   EXPECT_EQ(alerts()[0].informativeText, std::nullopt);
   EXPECT_EQ(alerts()[0].alertStyle, AlertStyle::Critical);
   EXPECT_EQ(counts, (std::vector<std::int64_t>{1, 2}));
-  EXPECT_EQ(delegate->panelCount(), 1);
+  EXPECT_EQ(room.panelCount.value(), 1);
   EXPECT_FALSE(exists(installed));
   EXPECT_TRUE(fakes.securityScope.allowed.empty());
 }
@@ -128,7 +129,7 @@ TEST_F(ScriptInstallation, ACancelledPanelLeavesTheCountRaised) {
 TEST_F(ScriptInstallation, AFailedCopyOffersToInstallByHand) {
   userChooses(folder);
   copyingFails();
-  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_FALSE(room.installer.checkAndInstallScripts());
   ASSERT_EQ(alerts().size(), 1u);
   EXPECT_EQ(alerts()[0].messageText,
             "Unable to install QuennelHelper.sh to the scripts directory!");
@@ -141,18 +142,18 @@ TEST_F(ScriptInstallation, CancellingTheOfferPutsTheCountBack) {
   userChooses(folder);
   copyingFails();
   fakes.userInterface.answers = {UserInterface::alertFirstButtonReturn + 1};
-  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_FALSE(room.installer.checkAndInstallScripts());
   EXPECT_TRUE(fakes.workspace.opened.empty());
   EXPECT_EQ(counts, (std::vector<std::int64_t>{1, 1}));
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(ScriptInstallation, AResourceThatIsMissingFailsLikeAnyCopy) {
   fakes.mainBundle.resources.clear();
   userChooses(folder);
-  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_FALSE(room.installer.checkAndInstallScripts());
   EXPECT_EQ(alerts().size(), 1u);
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 class ManualInstallation : public ScriptInstallation {
@@ -170,26 +171,26 @@ TEST_F(ManualInstallation, FollowsAFailedCopyWhenTheUserWantsIt) {
   copyingFails();
   fakes.userInterface.answers = {UserInterface::alertFirstButtonReturn};
   userDropsTheScriptInto(folder);
-  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(room.installer.checkAndInstallScripts());
   EXPECT_TRUE(exists(installed));
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(ManualInstallation, ShowsTheFolderBesideTheWindow) {
-  delegate->installScriptManually();
+  room.installer.installScriptManually();
   EXPECT_EQ(fakes.workspace.opened, std::vector<std::string>{folder});
   EXPECT_EQ(fakes.log.calls(), (std::vector<std::string>{"open", "window"}));
 }
 
 TEST_F(ManualInstallation, TellsTheWindowWhatToInstallWhere) {
   fakes.userInterface.windows.whileWindowShown = [this] {
-    const auto& controller = delegate->installScriptWindowController();
+    const auto& controller = room.installer.installScriptWindowController();
     ASSERT_NE(controller, nullptr);
     EXPECT_EQ(controller->scriptPath(), source);
     EXPECT_EQ(controller->destDir(), folder);
     EXPECT_EQ(shown().filename.text, "QuennelHelper.sh");
   };
-  delegate->installScriptManually();
+  room.installer.installScriptManually();
 }
 
 TEST_F(ManualInstallation, EndsWhenTheScriptIsInItsFolder) {
@@ -199,11 +200,11 @@ TEST_F(ManualInstallation, EndsWhenTheScriptIsInItsFolder) {
     shown().icon.responder->namesOfPromisedFilesDroppedAtDestination(folder);
     EXPECT_FALSE(fakes.userInterface.windows.isModal);
   };
-  EXPECT_TRUE(delegate->installScriptManually());
+  EXPECT_TRUE(room.installer.installScriptManually());
 }
 
 TEST_F(ManualInstallation, FailsWhenTheWindowIsClosedBefore) {
-  EXPECT_FALSE(delegate->installScriptManually());
+  EXPECT_FALSE(room.installer.installScriptManually());
   EXPECT_TRUE(alerts().empty());
 }
 
@@ -212,7 +213,7 @@ TEST_F(ManualInstallation, SucceedsHoweverTheScriptCameThere) {
     fakes.fileManager.addFile(installed, "copied in a terminal");
     fakes.userInterface.windows.installWindow.close();
   };
-  EXPECT_TRUE(delegate->installScriptManually());
+  EXPECT_TRUE(room.installer.installScriptManually());
 }
 
 TEST_F(ManualInstallation, ComesToTheFrontOnceTheFolderHasOpened) {
@@ -222,17 +223,17 @@ TEST_F(ManualInstallation, ComesToTheFrontOnceTheFolderHasOpened) {
     fakes.runLoop.advance(1ms);
     EXPECT_EQ(fakes.userInterface.activations, 1);
   };
-  delegate->installScriptManually();
+  room.installer.installScriptManually();
   EXPECT_EQ(fakes.userInterface.activations, 1);
 }
 
 TEST_F(ManualInstallation, KeepsItsWindowALittleLonger) {
-  delegate->installScriptManually();
+  room.installer.installScriptManually();
   fakes.runLoop.advance(299ms);
-  EXPECT_NE(delegate->installScriptWindowController(), nullptr);
+  EXPECT_NE(room.installer.installScriptWindowController(), nullptr);
   EXPECT_NE(shown().owner, nullptr);
   fakes.runLoop.advance(1ms);
-  EXPECT_EQ(delegate->installScriptWindowController(), nullptr);
+  EXPECT_EQ(room.installer.installScriptWindowController(), nullptr);
   EXPECT_EQ(shown().owner, nullptr);
 }
 
@@ -240,33 +241,33 @@ TEST_F(ManualInstallation, ReportsAFailureEvenWhenTheWindowIsClosedAtOnce) {
   fakes.fileManager.protectedPaths = {folder};
   userDropsTheScriptInto(folder);
   fakes.userInterface.whileShown = [this](const Alert&) { fakes.runLoop.advance(10s); };
-  EXPECT_FALSE(delegate->installScriptManually());
+  EXPECT_FALSE(room.installer.installScriptManually());
   fakes.runLoop.advance(10s);
   ASSERT_EQ(alerts().size(), 1u);
   EXPECT_EQ(alerts()[0].messageText, "Unable to install script!");
 }
 
 TEST_F(ManualInstallation, MayFollowAnotherAtOnce) {
-  delegate->installScriptManually();
+  room.installer.installScriptManually();
   fakes.userInterface.windows.whileWindowShown = [this] {
     fakes.runLoop.advance(10s);
-    EXPECT_NE(delegate->installScriptWindowController(), nullptr);
+    EXPECT_NE(room.installer.installScriptWindowController(), nullptr);
     EXPECT_TRUE(shown().isOpen);
   };
-  delegate->installScriptManually();
+  room.installer.installScriptManually();
   fakes.runLoop.advance(10s);
-  EXPECT_EQ(delegate->installScriptWindowController(), nullptr);
+  EXPECT_EQ(room.installer.installScriptWindowController(), nullptr);
 }
 
 TEST_F(ManualInstallation, FailsAtOnceWithoutADisplay) {
   fakes.userInterface.windows.hasDisplay = false;
-  EXPECT_FALSE(delegate->installScriptManually());
+  EXPECT_FALSE(room.installer.installScriptManually());
   EXPECT_EQ(fakes.log.calls(), std::vector<std::string>{"open"});
 }
 
 TEST_F(ManualInstallation, FailsWithoutAScriptsFolder) {
   fakes.userScripts.directory.reset();
-  EXPECT_FALSE(delegate->installScriptManually());
+  EXPECT_FALSE(room.installer.installScriptManually());
   EXPECT_TRUE(fakes.workspace.opened.empty());
 }
 
@@ -276,16 +277,16 @@ TEST_F(ScriptInstallation, TextsAreTranslated) {
                                    {"Install manually", "Manuell installieren"}};
   userChooses(folder);
   copyingFails();
-  delegate->checkAndInstallScripts();
+  room.installer.checkAndInstallScripts();
   EXPECT_EQ(fakes.userInterface.openPanels.front().title, "Skriptordner auswählen");
   EXPECT_EQ(fakes.userInterface.openPanels.front().prompt, "Zugriff erlauben");
   EXPECT_EQ(alerts().front().buttons.front(), "Manuell installieren");
 }
 
 TEST_F(ScriptInstallation, TheCheckRunsAnewAtEveryCall) {
-  EXPECT_FALSE(delegate->checkAndInstallScripts());
+  EXPECT_FALSE(room.installer.checkAndInstallScripts());
   fakes.fileManager.addFile(installed);
-  EXPECT_TRUE(delegate->checkAndInstallScripts());
+  EXPECT_TRUE(room.installer.checkAndInstallScripts());
   EXPECT_EQ(fakes.userInterface.openPanels.size(), 1u);
 }
 

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "platform/PTHotKey.h"
-#include "settings/SharedSettings.h"
-#include "tests/support/AppDelegateTest.h"
 #include "tests/support/Deadline.h"
+#include "tests/support/DesktopTest.h"
+#include "tests/support/ShortcutsRoom.h"
 
 namespace quennel::test {
 namespace {
@@ -16,7 +16,7 @@ using Names = std::vector<std::string>;
 using Shortcuts = std::vector<std::optional<PropertyList>>;
 
 /// The helper on a desktop whose file manager shows the folder /d, with the user script installed.
-class ShortcutTest : public AppDelegateTest {
+class ShortcutTest : public DesktopTest {
  protected:
   ShortcutTest() {
     fakes.mainBundle.resources["get-finder-path.scpt"] = "/app/get-finder-path.scpt";
@@ -39,9 +39,10 @@ class ShortcutTest : public AppDelegateTest {
     fakes.sharedDefaults.setObject(std::move(templates), "fileTemplates");
   }
 
-  AppDelegate& launchWith(const Shortcuts& shortcuts) {
+  void launch() { room.shortcuts.bindHotKeys(); }
+  void launchWith(const Shortcuts& shortcuts) {
     setShortcuts(shortcuts);
-    return launch();
+    launch();
   }
 
   Names identifiers() const {
@@ -59,8 +60,8 @@ class ShortcutTest : public AppDelegateTest {
   }
   /// The same for an action that is sent by name.
   void send(const std::string& action) {
-    const auto sender = PTHotKey::hotKeyWithIdentifier("any", true, *delegate, action);
-    delegate->performAction(action, *sender);
+    const auto sender = PTHotKey::hotKeyWithIdentifier("any", true, room.shortcuts, action);
+    room.shortcuts.performAction(action, *sender);
     finish();
   }
   void finish() {
@@ -79,6 +80,7 @@ class ShortcutTest : public AppDelegateTest {
     EXPECT_TRUE(fakes.userScripts.executions.empty());
   }
 
+  ShortcutsRoom room{fakes};
   const std::string scriptsFolder =
       "/home/user/Library/Application Scripts/net.brellow.QuennelHelper";
   const std::string script = scriptsFolder + "/QuennelHelper.sh";
@@ -116,27 +118,27 @@ TEST_F(Binding, EmptyOrMissingListUnbindsEverything) {
     ASSERT_EQ(identifiers(), Names{"shortcut0"});
     without ? fakes.sharedDefaults.setObject(*without, "fileTemplates")
             : fakes.sharedDefaults.removeObjectForKey("fileTemplates");
-    delegate->bindHotKeys();
+    room.shortcuts.bindHotKeys();
     EXPECT_EQ(identifiers(), Names{});
-    EXPECT_TRUE(!delegate->templates() || delegate->templates()->empty());
+    EXPECT_TRUE(!room.shortcuts.templates() || room.shortcuts.templates()->empty());
   }
 }
 
 TEST_F(Binding, KeysThatOthersRegisteredAreReplacedToo) {
   launch();
   fakes.hotKeyCenter.registerHotKey(
-      PTHotKey::hotKeyWithIdentifier("foreign", "Ctrl+Alt+X", *delegate, "other"));
+      PTHotKey::hotKeyWithIdentifier("foreign", "Ctrl+Alt+X", room.shortcuts, "other"));
   setShortcuts({"Ctrl+Alt+N"});
-  delegate->bindHotKeys();
+  room.shortcuts.bindHotKeys();
   EXPECT_EQ(identifiers(), Names{"shortcut0"});
 }
 
 TEST_F(Binding, TemplatesAreTheListThatWasBound) {
   launchWith({"Ctrl+Alt+N"});
   const auto bound = fakes.sharedDefaults.arrayForKey("fileTemplates");
-  EXPECT_EQ(delegate->templates(), bound);
+  EXPECT_EQ(room.shortcuts.templates(), bound);
   fakes.sharedDefaults.setObject(PropertyList::Array{}, "fileTemplates");
-  EXPECT_EQ(delegate->templates(), bound);
+  EXPECT_EQ(room.shortcuts.templates(), bound);
 }
 
 TEST_F(Binding, RefusedCombinationIsLeftOutSilently) {
@@ -159,67 +161,6 @@ TEST_F(Binding, EntryThatIsNoTemplateHasNoShortcutButAPosition) {
   EXPECT_EQ(identifiers(), Names{"shortcut1"});
 }
 
-TEST_F(Binding, FileTemplatesCommandBindsAnew) {
-  launchWith({"Ctrl+Alt+N"});
-  setShortcuts({std::nullopt, "Ctrl+Alt+M"});
-  command(sharedSuiteName, "fileTemplates");
-  EXPECT_EQ(identifiers(), Names{"shortcut1"});
-}
-
-TEST_F(Binding, FileTemplatesCommandBindsAnewAfterARequestAndItsLaunchCheckDoesNothing) {
-  launch();
-  open("quennel:///d?0");
-  delegate->setPanelCount(1);
-  setShortcuts({"Ctrl+Alt+N"});
-  command(sharedSuiteName, "fileTemplates");
-  EXPECT_EQ(identifiers(), Names{"shortcut0"});
-  setShortcuts({std::nullopt});
-  command(sharedSuiteName, "fileTemplates");
-  EXPECT_EQ(identifiers(), Names{});
-  fakes.runLoop.advance(24h);
-  EXPECT_FALSE(terminated());
-}
-
-TEST_F(Binding, LaunchCheckThatACommandArmsCountsTheKeysItBound) {
-  fakes.sharedDefaults.setObject(true, "runInBackground");
-  launch();
-  fakes.sharedDefaults.setObject(false, "runInBackground");
-  setShortcuts({"Ctrl+Alt+N"});
-  command(sharedSuiteName, "fileTemplates");
-  fakes.runLoop.advance(24h);
-  EXPECT_FALSE(terminated());
-}
-
-TEST_F(Binding, LaunchCheckSparesAHelperWithABoundKey) {
-  launchWith({"Ctrl+Alt+N"});
-  fakes.runLoop.advance(24h);
-  EXPECT_FALSE(terminated());
-}
-
-TEST_F(Binding, LaunchCheckDoesNotSpareAHelperWhoseKeysWereAllRefused) {
-  fakes.hotKeyCenter.isAvailable = false;
-  launchWith({"Ctrl+Alt+N"});
-  fakes.runLoop.advance(11s);
-  EXPECT_TRUE(terminated());
-}
-
-TEST_F(Binding, LaunchCheckCountsTheKeysWhenItFires) {
-  launchWith({"Ctrl+Alt+N"});
-  fakes.runLoop.advance(10s);
-  fakes.sharedDefaults.removeObjectForKey("fileTemplates");
-  delegate->bindHotKeys();
-  fakes.runLoop.advance(1s);
-  EXPECT_TRUE(terminated());
-}
-
-TEST_F(Binding, BoundKeyDoesNotSpareTheHelperAfterARequest) {
-  launchWith({"Ctrl+Alt+N"});
-  open("quennel:///d?0");
-  EXPECT_TRUE(exists("/d/untitled.txt"));
-  fakes.runLoop.advance(11s);
-  EXPECT_TRUE(terminated());
-}
-
 TEST_F(Action, PressMakesTheFileInTheFolderThatTheScriptNames) {
   launchWith({"Ctrl+Alt+N", std::nullopt, "Ctrl+Alt+M"});
   press("Ctrl+Alt+M");
@@ -239,7 +180,7 @@ TEST_F(Action, TemplateRemovedSinceTheBindingIsReported) {
   fakes.sharedDefaults.setObject(PropertyList::Array{}, "fileTemplates");
   press("Ctrl+Alt+N");
   expectMissingTemplate();
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(Action, MissingTemplateIsReportedInTheUsersLanguageWithoutTheSettingsReplacements) {
@@ -288,13 +229,13 @@ TEST_F(Action, NumberOutsideTheListNamesNoTemplate) {
 TEST_F(Action, OtherNamesLeadNowhere) {
   launch();
   for (const char* name : {"", "shortcutActio", "ShortcutAction0", " shortcutAction0", "quit"}) {
-    EXPECT_FALSE(delegate->resolveInstanceMethod(name)) << name;
+    EXPECT_FALSE(room.shortcuts.resolveInstanceMethod(name)) << name;
     send(name);
   }
   EXPECT_TRUE(alerts().empty());
   EXPECT_TRUE(fakes.userScripts.executions.empty());
-  EXPECT_TRUE(delegate->resolveInstanceMethod("shortcutAction7"));
-  EXPECT_TRUE(delegate->resolveInstanceMethod("shortcutAction7"));
+  EXPECT_TRUE(room.shortcuts.resolveInstanceMethod("shortcutAction7"));
+  EXPECT_TRUE(room.shortcuts.resolveInstanceMethod("shortcutAction7"));
 }
 
 TEST_F(Action, WithoutTheScriptOnlyItsInstallationIsTalkedAbout) {

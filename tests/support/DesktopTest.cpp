@@ -1,10 +1,10 @@
-#include "tests/support/AppDelegateTest.h"
+#include "tests/support/DesktopTest.h"
 
 #include <utility>
 
 namespace quennel::test {
 
-AppDelegateTest::AppDelegateTest() {
+DesktopTest::DesktopTest() {
   auto first = templateRecord("untitled", "txt");
   auto disabled = templateRecord("disabled", "txt");
   disabled.insert_or_assign("enabled", false);
@@ -20,31 +20,11 @@ AppDelegateTest::AppDelegateTest() {
   fakes.fileManager.addFile("/templates/script.sh", "#!/bin/sh\n");
 }
 
-PropertyList::Dictionary AppDelegateTest::templateRecord(const std::string& prefix,
-                                                         const std::string& suffix) {
+PropertyList::Dictionary DesktopTest::templateRecord(const std::string& prefix,
+                                                     const std::string& suffix) {
   return {{"title", "A " + prefix}, {"prefix", prefix},
           {"suffix", suffix},       {"filePath", "/templates/" + prefix + "." + suffix},
           {"executable", false},    {"enabled", true}};
-}
-
-AppDelegate& AppDelegateTest::launch() {
-  delegate = std::make_unique<AppDelegate>(platformOf(fakes));
-  fakes.runLoop.setWillTerminateHandler([this] { delegate->applicationWillTerminate(); });
-  delegate->applicationWillFinishLaunching();
-  delegate->applicationDidFinishLaunching();
-  fakes.runLoop.runUntilIdle();
-  return *delegate;
-}
-
-void AppDelegateTest::open(const std::string& url) {
-  fakes.urlEvents.open(url);
-  fakes.runLoop.runUntilIdle();
-}
-
-void AppDelegateTest::command(const std::string& name, const std::string& object) {
-  fakes.distributedNotificationCenter.postNotification(
-      {.name = name, .object = object, .userInfo = {}}, true);
-  fakes.runLoop.runUntilIdle();
 }
 
 }  // namespace quennel::test

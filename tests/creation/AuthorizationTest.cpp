@@ -3,7 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/AppDelegateTest.h"
+#include "tests/support/CreationRoom.h"
+#include "tests/support/DesktopTest.h"
 
 namespace quennel::test {
 namespace {
@@ -11,7 +12,7 @@ namespace {
 using Allowed = std::vector<std::pair<std::string, SecurityScope::Extent>>;
 
 /// Requests for files in /Volumes/Data/Projects/App, where nothing may be changed yet.
-class Authorization : public AppDelegateTest {
+class Authorization : public DesktopTest {
  protected:
   Authorization() {
     fakes.fileManager.addDirectory(dir);
@@ -23,7 +24,7 @@ class Authorization : public AppDelegateTest {
     fakes.fileManager.protectedPaths = {"/Volumes", "/Users"};
   }
 
-  void request(const std::string& folder) { launch().createFileAtDir(folder, record); }
+  void request(const std::string& folder) { room.creation.createFileAtDir(folder, record); }
   void request() { request(dir); }
 
   /// The folder counts as writable from now on, as it does once access to it is granted.
@@ -57,6 +58,7 @@ class Authorization : public AppDelegateTest {
     EXPECT_EQ(fakes.userInterface.begunPanels(), 0u) << "the panel is not shown again";
   }
 
+  CreationRoom room{fakes};
   const std::string dir = "/Volumes/Data/Projects/App";
   const PropertyList::Dictionary record = templateRecord("untitled", "txt");
 };
@@ -84,14 +86,6 @@ TEST_F(Authorization, IsAskedForInAPanelOfFoldersAboveNormalWindows) {
 TEST_F(Authorization, TheHelperComesToTheFrontBeforeThePanel) {
   request();
   EXPECT_EQ(fakes.log.calls(), (std::vector<std::string>{"activate", "open panel"}));
-}
-
-TEST_F(Authorization, TheTokenOfTheRequestIsHandedOnToThePanel) {
-  launch();
-  fakes.urlEvents.receive({.directObject = "quennel://" + dir + "?0", .activationToken = "token"});
-  fakes.runLoop.runUntilIdle();
-  EXPECT_EQ(fakes.userInterface.activationTokens, std::vector<std::string>{"token"});
-  EXPECT_EQ(fakes.userInterface.begunPanels(), 1u);
 }
 
 TEST_F(Authorization, TheTitleMayBeReplacedTheOtherTextsAreTranslated) {
@@ -162,7 +156,7 @@ TEST_F(Authorization, LastsForTheRunBeforeTheFileIsMade) {
   answer("/Volumes/Data");
   EXPECT_EQ(fakes.securityScope.allowed,
             (Allowed{{"/Volumes/Data", SecurityScope::Extent::Folder}}));
-  EXPECT_TRUE(delegate->openedURLs().empty());
+  EXPECT_TRUE(room.directories.openedURLs().empty());
 }
 
 TEST_F(Authorization, IsRecordedBeforeTheFileIsMade) {
@@ -228,42 +222,8 @@ TEST_F(Authorization, IsKeptWhenTheCopyFails) {
   EXPECT_FALSE(exists(dir + "/untitled.txt"));
 }
 
-TEST_F(Authorization, ThePanelIsNotCountedAndTheQuitCheckFiresWhileItIsOpen) {
-  launch();
-  open("quennel://" + dir + "?0");
-  EXPECT_EQ(fakes.userInterface.begunPanels(), 1u);
-  EXPECT_EQ(delegate->panelCount(), 0);
-  fakes.runLoop.advance(11s);
-  EXPECT_TRUE(terminated());
-}
-
-TEST_F(Authorization, TheAlertOfARefusalIsNotCountedAndTheQuitCheckFiresDuringIt) {
-  launch();
-  open("quennel://" + dir + "?0");
-  fakes.userInterface.whileShown = [this](const Alert&) {
-    EXPECT_EQ(delegate->panelCount(), 0);
-    fakes.runLoop.advance(11s);
-    EXPECT_TRUE(terminated());
-  };
-  answer("/");
-  fakes.runLoop.advance(300ms);
-  EXPECT_EQ(fakes.userInterface.alerts.size(), 1u);
-}
-
-TEST_F(Authorization, TwoRequestsHaveAPanelEachWithTheirOwnFolderAndTemplate) {
-  launch();
-  open("quennel://" + dir + "?0");
-  open("quennel:///Volumes/Data/Other?2");
-  ASSERT_EQ(fakes.userInterface.begunPanels(), 2u);
-  answer(dir);
-  answer("/Volumes/Data/Other");
-  EXPECT_TRUE(exists(dir + "/untitled.txt"));
-  EXPECT_TRUE(exists("/Volumes/Data/Other/script.sh"));
-  EXPECT_EQ(records(), 2u);
-}
-
 TEST_F(Authorization, ARequestWithoutAFolderIsAcceptedByNoChoice) {
-  launch().createFileAtDir(std::nullopt, record);
+  room.creation.createFileAtDir(std::nullopt, record);
   answer("/d");
   fakes.runLoop.advance(300ms);
   EXPECT_EQ(fakes.userInterface.alerts.at(0).messageText, "Unable to create file!");
