@@ -22,9 +22,10 @@ class InstallScriptWindowController;
 struct Notification;
 struct URLEvent;
 
-/// The application object: the hub that every flow is an operation of, or is called by. Each flow's
-/// operations are defined in the folder that they belong to. Main thread only; it outlives the work
-/// it puts on the main queue, because the queue drops its work when the loop ends.
+/// The application object: the hub that every flow is an operation of, or is called by. It is the
+/// helper's lifecycle, its quit checks and its requests; the rest is done by the rooms. Main thread
+/// only; it and the rooms outlive the work that they put on the main queue, because the queue drops
+/// its work when the loop ends.
 class AppDelegate : public VDKQueueDelegate {
  public:
   /// Opens the settings, starts listening to the main application and to volumes that come and go,
@@ -34,7 +35,7 @@ class AppDelegate : public VDKQueueDelegate {
   AppDelegate& operator=(const AppDelegate&) = delete;
   ~AppDelegate() override;
 
-  // Lifecycle: app/AppDelegate.cpp
+  // Lifecycle
 
   /// Takes over the URL events; before launching finishes, so that the URL that launched the helper
   /// is not lost.
@@ -72,7 +73,7 @@ class AppDelegate : public VDKQueueDelegate {
   std::int64_t panelCount() const { return _rooms.panelCount.value(); }
   void setPanelCount(std::int64_t count) { _rooms.panelCount.set(count); }
 
-  // Requests: app/AppDelegate+Requests.cpp
+  // Requests
 
   /// Makes the file that the URL asks for: its path is the folder, its query the template's index.
   void handleURLEvent(const URLEvent& event);
