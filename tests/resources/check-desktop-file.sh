@@ -10,6 +10,8 @@ entry=$build/share/applications/net.brellow.QuennelHelper.desktop
 complaints=$(desktop-file-validate "$entry" 2>&1) || { echo "$complaints"; exit 1; }
 [ -z "$complaints" ] || { echo "$complaints"; exit 1; }
 grep -qxF "Exec=$build/bin/quennelhelper --open %U" "$entry"
+icon=$(sed -n 's/^Icon=//p' "$entry")
+[ -f "$build/share/icons/hicolor/scalable/apps/$icon.svg" ] || { echo "there is no icon $icon"; exit 1; }
 grep -qx 'MimeType=x-scheme-handler/quennel;' "$entry"
 if grep -q '^DBusActivatable=true' "$entry"; then
   echo "the entry asks to be activated over the bus"
