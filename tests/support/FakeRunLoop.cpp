@@ -19,7 +19,10 @@ FakeRunLoop::FakeRunLoop() : _descriptor(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
   }
 }
 
-FakeRunLoop::~FakeRunLoop() { close(_descriptor); }
+FakeRunLoop::~FakeRunLoop() {
+  dropQueue();
+  close(_descriptor);
+}
 
 nanoseconds FakeRunLoop::now() const {
   const std::lock_guard lock(_mutex);
@@ -110,6 +113,10 @@ void FakeRunLoop::terminate() {
   if (_willTerminateHandler) {
     _willTerminateHandler();
   }
+  dropQueue();
+}
+
+void FakeRunLoop::dropQueue() {
   std::multimap<nanoseconds, Work> dropped;  // destroyed when the lock is free again
   const std::lock_guard lock(_mutex);
   _closed = true;

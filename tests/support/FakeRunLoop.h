@@ -50,6 +50,7 @@ class FakeRunLoop final : public RunLoop {
 
  private:
   void enqueue(std::chrono::nanoseconds due, Work work);
+  void dropQueue();
   Work takeWorkDueAt(std::chrono::nanoseconds moment);
   void runDueWork();
   bool jumpToNextWork(std::chrono::nanoseconds latest);

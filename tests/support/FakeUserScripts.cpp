@@ -16,16 +16,18 @@ class FakeUserScripts::Task final : public UserUnixTask {
   void executeWithArguments(const std::vector<std::string>& arguments,
                             CompletionHandler completion) override {
     _scripts.executions.push_back({_path, arguments});
-    _scripts._threads.emplace_back(
-        [&completions = _scripts._completions, script = _scripts.scripts.at(_path),
-         standardOutput = std::move(_standardOutput), completion = std::move(completion)] {
-          if (standardOutput) {
-            standardOutput->writeData(script.error ? "" : script.output);
-            standardOutput->closeFile();
-          }
-          completion(script.error);
-          ++completions;
-        });
+    _scripts._threads.emplace_back([&completions = _scripts._completions,
+                                    script = _scripts.scripts.at(_path),
+                                    standardOutput = std::move(_standardOutput),
+                                    completion = std::move(completion)]() mutable {
+      if (standardOutput) {
+        standardOutput->writeData(script.error ? "" : script.output);
+        standardOutput->closeFile();
+      }
+      completion(script.error);
+      completion = nullptr;  // what it holds is part of the run
+      ++completions;
+    });
   }
 
  private:

@@ -40,6 +40,7 @@ EventRunLoop::~EventRunLoop() {
   while (_signalling > 0) {
     std::this_thread::yield();
   }
+  dropQueue();
 }
 
 EventSource EventRunLoop::watch(int descriptor, sd_event_io_handler_t callback) {
