@@ -48,6 +48,8 @@ void AppDelegate::applicationWillFinishLaunching() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
+  _hotKeyObserver = _platform.hotKeyCenter.addObserver([this] { bindHotKeys(); },
+                                                       [this] { checkAndTerminate(); });
   bindHotKeys();
   checkAndTerminate();
   watchExecutable();
@@ -81,6 +83,7 @@ void AppDelegate::applicationWillTerminate() {
   }
   _observers.clear();
   _volumeObserver.reset();
+  _hotKeyObserver.reset();
 }
 
 void AppDelegate::userDefaultsDidChange(const Notification& notification) {

@@ -132,6 +132,7 @@ class AppDelegate : public VDKQueueDelegate {
   std::vector<std::unique_ptr<Registration>> _observers;
   std::unique_ptr<Registration> _urlHandler;
   std::unique_ptr<Registration> _volumeObserver;
+  std::unique_ptr<Registration> _hotKeyObserver;
   std::shared_ptr<VDKQueue> _fileWatcher;
 };
 

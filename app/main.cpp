@@ -1,6 +1,7 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <optional>
@@ -18,10 +19,12 @@
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/files/PosixFileManager.h"
 #include "platform/linux/keys/BusHotKeyList.h"
+#include "platform/linux/keys/DisplayFollower.h"
 #include "platform/linux/keys/SessionHotKeys.h"
 #include "platform/linux/mounts/MountTableEvents.h"
 #include "platform/linux/notifications/LocalNotificationCenter.h"
 #include "platform/linux/processes/BackgroundProgram.h"
+#include "platform/linux/processes/Restart.h"
 #include "platform/linux/scope/ConfinedFileManager.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
@@ -51,6 +54,7 @@ class Helper {
   Helper(EventRunLoop& runLoop, SessionBus& bus, BusURLEvents& urlEvents, BusHotKeyList& hotKeyList)
       : _runLoop(runLoop),
         _hotKeyList(hotKeyList),
+        _urlEvents(urlEvents),
         _sharedDefaults(PropertyListUserDefaults::pathForDomain(sharedSuiteName)),
         _standardDefaults(PropertyListUserDefaults::pathForDomain(_bundle.bundleIdentifier())),
         _workspace(runLoop, bus),
@@ -60,6 +64,7 @@ class Helper {
         _userScripts(_bundle),
         _hotKeyCenter(runLoop, openHotKeysOfSession(bus, _bundle.bundleIdentifier(),
                                                     _bundle.hotKeyModulePath())),
+        _displayFollower(runLoop, _hotKeyCenter, meansOfFollowing()),
         _sound(_bundle),
         _delegate({.runLoop = runLoop,
                    .sharedDefaults = _sharedDefaults,
@@ -83,8 +88,14 @@ class Helper {
     _delegate.applicationWillFinishLaunching();
     _delegate.applicationDidFinishLaunching();
     _hotKeyList.setCenter(_hotKeyCenter);
+    _urlEvents.setActivateHandler([this] { _displayFollower.lookAround(); });
     _runLoop.run();
+    _urlEvents.setActivateHandler(nullptr);
   }
+
+  /// Where to begin anew once `run` has returned; nothing when the program is to end.
+  const std::optional<std::string>& nextDisplay() const { return _nextDisplay; }
+  std::string executablePath() const { return _bundle.executablePath(); }
 
   /// A request that came too late for the loop.
   void handleLate(const std::string& url) {
@@ -92,8 +103,27 @@ class Helper {
   }
 
  private:
+  DisplayFollower::Means meansOfFollowing() {
+    DisplayFollower::Means means;
+    const char* const display = std::getenv("DISPLAY");
+    means.display = display ? display : "";
+    means.canUse = [this](const std::string& other) { return canUse(other); };
+    means.moveTo = [this](const std::string& other) { moveTo(other); };
+    return means;
+  }
+
+  bool canUse(const std::string& display) const {
+    return canUseDisplay(_bundle.hotKeyModulePath(), display);
+  }
+
+  void moveTo(const std::string& display) {
+    _nextDisplay = display;
+    _runLoop.terminate();
+  }
+
   EventRunLoop& _runLoop;
   BusHotKeyList& _hotKeyList;
+  BusURLEvents& _urlEvents;
   PrefixBundle _bundle;
   PropertyListUserDefaults _sharedDefaults;
   PropertyListUserDefaults _standardDefaults;
@@ -108,24 +138,35 @@ class Helper {
   LazyUserInterface _userInterface;
   LinuxUserScripts _userScripts;
   DesktopHotKeyCenter _hotKeyCenter;
+  DisplayFollower _displayFollower;
+  std::optional<std::string> _nextDisplay;
   CanberraSound _sound;
   AppDelegate _delegate;
 };
 
-void serve(const std::vector<std::string>& urls) {
+/// What a helper that ends leaves to its successor at another display.
+struct Succession {
+  std::string executable;
+  std::string display;
+};
+
+std::optional<Succession> serve(const std::vector<std::string>& urls) {
   EventRunLoop runLoop;
   SessionBus bus(runLoop);
   BusHotKeyList hotKeyList(bus);
   BusURLEvents urlEvents(bus);
   const auto role = urlEvents.claim(urls);
   if (role == BusURLEvents::Role::HandedOver || role == BusURLEvents::Role::Terminated) {
-    return;
+    return std::nullopt;
   }
   Helper helper(runLoop, bus, urlEvents, hotKeyList);
   helper.run();
   for (const auto& url : urlEvents.release()) {
     helper.handleLate(url);
   }
+  return helper.nextDisplay()
+             ? std::optional(Succession{helper.executablePath(), *helper.nextDisplay()})
+             : std::nullopt;
 }
 
 /// What a launcher starts, which may wait for its end. Where no helper can be reached over a bus,
@@ -180,7 +221,9 @@ int main(int argc, char** argv) {
     if (opens) {
       return handOver(arguments);
     }
-    serve(arguments);
+    if (const auto succession = serve(arguments)) {
+      restartWithVariable(succession->executable, "DISPLAY", succession->display);
+    }
     return 0;
   } catch (const std::exception& exception) {
     std::fprintf(stderr, "quennelhelper: %s\n", exception.what());

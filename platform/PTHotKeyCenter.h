@@ -1,10 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "platform/Error.h"
 #include "platform/PTHotKey.h"
+#include "platform/Registration.h"
 
 namespace quennel {
 
@@ -16,6 +18,7 @@ namespace quennel {
 class PTHotKeyCenter {
  public:
   using HotKeys = std::vector<std::shared_ptr<const PTHotKey>>;
+  using Handler = std::function<void()>;
 
   virtual ~PTHotKeyCenter() = default;
 
@@ -32,6 +35,12 @@ class PTHotKeyCenter {
   /// Removes the key, so that its combination is free for others. Does nothing for a key that is
   /// not registered.
   virtual void unregisterHotKey(const std::shared_ptr<const PTHotKey>& hotKey) = 0;
+
+  /// Calls `keysMayBeHad` on the main queue when keys that were refused, or have left by
+  /// themselves, may be had now: a desktop is there that was not. The keys are not registered again
+  /// unasked. Calls `keysLeft` after keys have left by themselves; several may share one call.
+  [[nodiscard]] virtual std::unique_ptr<Registration> addObserver(Handler keysMayBeHad,
+                                                                  Handler keysLeft) = 0;
 };
 
 }  // namespace quennel

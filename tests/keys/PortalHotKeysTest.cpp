@@ -309,6 +309,42 @@ TEST_F(PortalHotKeysTest, WithoutAPortalEveryKeyLeaves) {
   EXPECT_TRUE(comesToList({}));
 }
 
+TEST_F(PortalHotKeysTest, KeysMayBeHadAgainWhenThePortalReappears) {
+  const auto observer = _center->addObserver([this] { bind("a", "Ctrl+Alt+N"); }, [] {});
+  _portal.reset();
+  bind("a", "Ctrl+Alt+N");
+  ASSERT_TRUE(comesToList({}));
+  settle();
+  _portal.emplace(*_portalConnection);
+  EXPECT_TRUE(comesToBind({"a"}));
+  EXPECT_EQ(listed(), Names{"a"});
+  EXPECT_TRUE(comesToSend("CTRL+ALT+n", "a"));
+}
+
+TEST_F(PortalHotKeysTest, PortalThatTakesTheNameFromAnotherIsAskedForWhatThatRefused) {
+  const auto observer = _center->addObserver([this] { bind("a", "Ctrl+Alt+N"); }, [] {});
+  _portal->user = User::Declines;
+  bind("a", "Ctrl+Alt+N");
+  ASSERT_TRUE(comesToList({}));
+  SessionBus nextConnection(_loop, _bus->address());
+  PortalStandIn next(nextConnection);
+  _portal.reset();
+  EXPECT_TRUE(runUntil([&] { return boundBy(next) == Names{"a"}; }));
+}
+
+TEST_F(PortalHotKeysTest, ObserverHearsOnceOfAllKeysThatLeaveTogether) {
+  int calls = 0;
+  const auto observer = _center->addObserver([] {}, [&] { ++calls; });
+  bind("a", "Ctrl+Alt+N");
+  bind("b", "Ctrl+Alt+M");
+  ASSERT_TRUE(comesToBind({"a", "b"}));
+  settle();
+  _portal->closeSessions();
+  ASSERT_TRUE(comesToList({}));
+  settle();
+  EXPECT_EQ(calls, 1);
+}
+
 TEST_F(PortalHotKeysTest, PortalThatDoesNotKnowShortcutsBindsNone) {
   _portal.reset();
   ASSERT_GE(sd_bus_request_name(_portalConnection->connection(), PortalRequest::busName, 0), 0);

@@ -16,6 +16,15 @@ bool refuse(Error* error, int code) {
 
 }  // namespace
 
+class FakeHotKeyCenter::ObserverRegistration final : public Registration {
+ public:
+  explicit ObserverRegistration(std::shared_ptr<const Observer> observer)
+      : _observer(std::move(observer)) {}
+
+ private:
+  std::shared_ptr<const Observer> _observer;
+};
+
 void FakeHotKeyCenter::press(const std::string& accelerator) {
   const auto pressed = hotKeyFor(KeyCombination::fromAccelerator(accelerator).value());
   if (!pressed) {
@@ -35,7 +44,33 @@ void FakeHotKeyCenter::holdByAnotherProgram(const std::string& accelerator) {
 
 void FakeHotKeyCenter::endDesktop() {
   isAvailable = false;
-  _hotKeys->clear();
+  if (!_hotKeys->empty()) {
+    _hotKeys->clear();
+    tellObservers(&Observer::keysLeft);
+  }
+}
+
+void FakeHotKeyCenter::startDesktop() {
+  isAvailable = true;
+  tellObservers(&Observer::keysMayBeHad);
+}
+
+std::unique_ptr<Registration> FakeHotKeyCenter::addObserver(Handler keysMayBeHad,
+                                                            Handler keysLeft) {
+  auto observer =
+      std::make_shared<const Observer>(Observer{std::move(keysMayBeHad), std::move(keysLeft)});
+  _observers.push_back(observer);
+  return std::make_unique<ObserverRegistration>(std::move(observer));
+}
+
+void FakeHotKeyCenter::tellObservers(Handler Observer::*handler) {
+  for (const auto& observer : _observers) {
+    _runLoop.dispatchAsync([observer, handler] {
+      if (const auto observing = observer.lock()) {
+        ((*observing).*handler)();
+      }
+    });
+  }
 }
 
 bool FakeHotKeyCenter::registerHotKey(std::shared_ptr<const PTHotKey> hotKey, Error* error) {

@@ -27,17 +27,29 @@ class FakeHotKeyCenter : public PTHotKeyCenter {
 
   /// The desktop ends while the keys are registered.
   void endDesktop();
+  /// There is one again.
+  void startDesktop();
 
   HotKeys allHotKeys() const override { return *_hotKeys; }
   bool registerHotKey(std::shared_ptr<const PTHotKey> hotKey, Error* error = nullptr) override;
   void unregisterHotKey(const std::shared_ptr<const PTHotKey>& hotKey) override;
+  [[nodiscard]] std::unique_ptr<Registration> addObserver(Handler keysMayBeHad,
+                                                          Handler keysLeft) override;
 
  private:
+  struct Observer {
+    Handler keysMayBeHad;
+    Handler keysLeft;
+  };
+  class ObserverRegistration;
+
+  void tellObservers(Handler Observer::*handler);
   std::shared_ptr<const PTHotKey> hotKeyFor(const KeyCombination& combination) const;
 
   RunLoop& _runLoop;
   std::shared_ptr<HotKeys> _hotKeys = std::make_shared<HotKeys>();
   std::vector<KeyCombination> _heldByOthers;
+  std::vector<std::weak_ptr<const Observer>> _observers;
 };
 
 }  // namespace quennel::test

@@ -219,8 +219,14 @@ int BusURLEvents::open(sd_bus_message* message, void* self, sd_bus_error*) {
   return result;
 }
 
-/// Being started, or running, is all that is asked for.
-int BusURLEvents::activate(sd_bus_message* message, void*, sd_bus_error*) {
+/// Being started, or running, is all that most callers ask for.
+int BusURLEvents::activate(sd_bus_message* message, void* self, sd_bus_error*) {
+  auto* const events = static_cast<BusURLEvents*>(self);
+  events->_bus.runLoop().dispatchAsync([events] {
+    if (events->_activateHandler) {
+      events->_activateHandler();
+    }
+  });
   return sd_bus_reply_method_return(message, nullptr);
 }
 

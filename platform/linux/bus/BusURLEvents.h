@@ -1,8 +1,10 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/URLEvents.h"
@@ -49,6 +51,10 @@ class BusURLEvents final : public URLEvents {
 
   [[nodiscard]] std::unique_ptr<Registration> setEventHandler(URLEvent::Handler handler) override;
 
+  /// Calls `handler` from the main queue whenever somebody has called `Activate`, which another
+  /// process of this program does that was started with nothing to open. May be null.
+  void setActivateHandler(std::function<void()> handler) { _activateHandler = std::move(handler); }
+
  private:
   enum class Answer { Yes, No, Failed };
   class HandlerRegistration;
@@ -71,6 +77,7 @@ class BusURLEvents final : public URLEvents {
   bool _ownsName = false;
   std::deque<URLEvent> _kept;
   URLEvent::Handler _handler;
+  std::function<void()> _activateHandler;
   HandlerRegistration* _registration = nullptr;
 };
 

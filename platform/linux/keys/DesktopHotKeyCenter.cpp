@@ -7,6 +7,15 @@
 
 namespace quennel {
 
+class DesktopHotKeyCenter::ObserverRegistration final : public Registration {
+ public:
+  explicit ObserverRegistration(std::shared_ptr<const Observer> observer)
+      : _observer(std::move(observer)) {}
+
+ private:
+  std::shared_ptr<const Observer> _observer;
+};
+
 DesktopHotKeyCenter::DesktopHotKeyCenter(RunLoop& runLoop, OpenBackend openBackend)
     : _runLoop(runLoop), _openBackend(std::move(openBackend)) {}
 
@@ -71,7 +80,40 @@ bool DesktopHotKeyCenter::hasBackend(Error* error) {
   if (!_backend) {
     _backend = _openBackend(*this, error);
   }
-  return _backend != nullptr;
+  _lacksBackend = _backend == nullptr;
+  if (_lacksBackend) {
+    tellOfLack();
+  }
+  return !_lacksBackend;
+}
+
+bool DesktopHotKeyCenter::lacksDesktop() const {
+  return _lacksBackend || (_backend && !_backend->isAlive());
+}
+
+std::unique_ptr<Registration> DesktopHotKeyCenter::addObserver(Handler keysMayBeHad,
+                                                               Handler keysLeft) {
+  auto observer =
+      std::make_shared<const Observer>(Observer{std::move(keysMayBeHad), std::move(keysLeft)});
+  _observers.push_back(observer);
+  return std::make_unique<ObserverRegistration>(std::move(observer));
+}
+
+void DesktopHotKeyCenter::tellObservers(Handler Observer::*handler) {
+  std::erase_if(_observers, [](const auto& observer) { return observer.expired(); });
+  for (const auto& observer : _observers) {
+    _runLoop.dispatchAsync([observer, handler] {
+      if (const auto observing = observer.lock()) {
+        ((*observing).*handler)();
+      }
+    });
+  }
+}
+
+void DesktopHotKeyCenter::desktopAppeared() {
+  if (!_refusals.empty()) {
+    tellObservers(&Observer::keysMayBeHad);
+  }
 }
 
 void DesktopHotKeyCenter::hotKeyPressed(HotKeyNumber number) {
@@ -95,7 +137,36 @@ void DesktopHotKeyCenter::hotKeyLost(HotKeyNumber number) {
     failWith(&_refusals[entry->hotKey->identifier()], ECANCELED,
              "The desktop has withdrawn the key, or was not allowed to give it.");
     _entries->erase(entry);
+    tellOfLoss();
+    tellOfLack();
   }
+}
+
+/// Once for all that happens before the queue's turn comes.
+void DesktopHotKeyCenter::tellLater(std::shared_ptr<const bool>& queued,
+                                    const RunLoop::Work& tell) {
+  if (queued) {
+    return;
+  }
+  queued = std::make_shared<const bool>(true);
+  _runLoop.dispatchAsync([&queued, tell, current = std::weak_ptr(queued)] {
+    if (!current.expired()) {
+      queued.reset();
+      tell();
+    }
+  });
+}
+
+void DesktopHotKeyCenter::tellOfLoss() {
+  tellLater(_queuedLoss, [this] { tellObservers(&Observer::keysLeft); });
+}
+
+void DesktopHotKeyCenter::tellOfLack() {
+  tellLater(_queuedLack, [this] {
+    if (_desktopLackHandler && lacksDesktop()) {
+      _desktopLackHandler();
+    }
+  });
 }
 
 }  // namespace quennel

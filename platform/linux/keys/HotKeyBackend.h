@@ -22,6 +22,9 @@ class HotKeyListener {
 
   /// The combination is not bound any more, though nobody has unbound it.
   virtual void hotKeyLost(HotKeyNumber number) = 0;
+
+  /// What was refused or lost may be bound now.
+  virtual void desktopAppeared() = 0;
 };
 
 /// What makes combinations system-wide on one kind of desktop. Main thread only.

@@ -13,4 +13,8 @@ using OpenX11HotKeys = HotKeyBackend*(sd_event* event, RunLoop& runLoop, HotKeyL
                                       Error* error);
 constexpr auto openX11HotKeysSymbol = "quennelOpenX11HotKeys";
 
+/// Whether a display lets this user in. Waits for its answer.
+using CanUseX11Display = bool(const char* display);
+constexpr auto canUseX11DisplaySymbol = "quennelCanUseX11Display";
+
 }  // namespace quennel

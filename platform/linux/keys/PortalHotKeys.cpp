@@ -327,9 +327,11 @@ void PortalHotKeys::takeClosed(sd_bus_message* message) {
 /// is started for this; a portal that goes away over the question is not asked twice.
 void PortalHotKeys::takeOwnerChanged(sd_bus_message* message) {
   const char* oldOwner = nullptr;
-  if (sd_bus_message_skip(message, "s") < 0 || sd_bus_message_read(message, "s", &oldOwner) <= 0 ||
-      *oldOwner == '\0') {
+  if (sd_bus_message_skip(message, "s") < 0 || sd_bus_message_read(message, "s", &oldOwner) <= 0) {
     return;
+  }
+  if (*oldOwner == '\0') {
+    return takeNewPortal();
   }
   const bool wasAsked = _request != nullptr;
   forgetSession();
@@ -338,6 +340,19 @@ void PortalHotKeys::takeOwnerChanged(sd_bus_message* message) {
   }
   introduceProgram();
   update();
+  // What the last one refused, this one may give.
+  const char* newOwner = nullptr;
+  if (sd_bus_message_read(message, "s", &newOwner) > 0 && *newOwner != '\0') {
+    _listener.desktopAppeared();
+  }
+}
+
+/// One that a question of ours has started answers that question.
+void PortalHotKeys::takeNewPortal() {
+  if (!_request) {
+    introduceProgram();
+    _listener.desktopAppeared();
+  }
 }
 
 void PortalHotKeys::takeDisconnected(sd_bus_message*) {

@@ -74,6 +74,7 @@ class PortalHotKeys final : public HotKeyBackend {
   void takeActivated(sd_bus_message* message);
   void takeClosed(sd_bus_message* message);
   void takeOwnerChanged(sd_bus_message* message);
+  void takeNewPortal();
   void takeDisconnected(sd_bus_message* message);
 
   SessionBus& _bus;

@@ -19,10 +19,14 @@ std::string_view environment(const char* name) {
   return value ? value : "";
 }
 
+void* symbolOfModule(const std::string& path, const char* name) {
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  return module ? dlsym(module, name) : nullptr;
+}
+
 std::unique_ptr<HotKeyBackend> openModule(const std::string& path, EventRunLoop& runLoop,
                                           HotKeyListener& listener, Error* error) {
-  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  void* const symbol = module ? dlsym(module, openX11HotKeysSymbol) : nullptr;
+  void* const symbol = symbolOfModule(path, openX11HotKeysSymbol);
   if (!symbol) {
     failWith(error, ENOENT, "The part of this program that binds keys is missing.");
     return nullptr;
@@ -57,6 +61,11 @@ DesktopHotKeyCenter::OpenBackend openHotKeysOfSession(SessionBus& bus,
     failWith(error, ENOTSUP, "This session has no keys that work in all programs.");
     return nullptr;
   };
+}
+
+bool canUseDisplay(const std::string& modulePath, const std::string& display) {
+  void* const symbol = symbolOfModule(modulePath, canUseX11DisplaySymbol);
+  return symbol && reinterpret_cast<CanUseX11Display*>(symbol)(display.c_str());
 }
 
 }  // namespace quennel

@@ -21,4 +21,7 @@ DesktopHotKeyCenter::OpenBackend openHotKeysOfSession(SessionBus& bus,
                                                       std::string applicationIdentifier,
                                                       std::string modulePath);
 
+/// Whether the X display lets this user in; the module is the same. Waits for the display.
+bool canUseDisplay(const std::string& modulePath, const std::string& display);
+
 }  // namespace quennel

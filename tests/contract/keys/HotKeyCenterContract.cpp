@@ -258,6 +258,29 @@ TEST_P(HotKeyCenterContract, EndOfTheDesktopLeavesNothingRegistered) {
   EXPECT_TRUE(_actions.received.empty());
 }
 
+TEST_P(HotKeyCenterContract, ObserverHearsThatKeysHaveLeftByThemselves) {
+  ASSERT_TRUE(add("a", "Ctrl+Alt+N"));
+  int calls = 0;
+  auto observer = center().addObserver([] {}, [&] { ++calls; });
+  removeAll();
+  ASSERT_TRUE(add("a", "Ctrl+Alt+N"));
+  _desktop->end();
+  EXPECT_TRUE(_desktop->runUntil([&] { return calls == 1; }));
+  EXPECT_EQ(listed(), Names{});
+}
+
+TEST_P(HotKeyCenterContract, ObserverThatIsGoneHearsNothing) {
+  ASSERT_TRUE(add("a", "Ctrl+Alt+N"));
+  int calls = 0;
+  auto gone = center().addObserver([] {}, [&] { ++calls; });
+  bool isTold = false;
+  const auto observer = center().addObserver([] {}, [&] { isTold = true; });
+  gone.reset();
+  _desktop->end();
+  EXPECT_TRUE(_desktop->runUntil([&] { return isTold; }));
+  EXPECT_EQ(calls, 0);
+}
+
 TEST_P(HotKeyCenterContract, DesktopThatHasEndedRefusesEverything) {
   _desktop->end();
   EXPECT_TRUE(isRefused("a", "Ctrl+Alt+N"));
