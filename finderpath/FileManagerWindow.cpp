@@ -76,13 +76,15 @@ std::optional<FileManagerWindow> asFileManagerWindow(XDisplay& display, xcb_wind
 
 }  // namespace
 
-std::optional<FileManagerWindow> frontFileManagerWindow(XDisplay& display, InFront inFront) {
+std::optional<FileManagerWindow> frontFileManagerWindow(
+    XDisplay& display, InFront inFront, const std::vector<xcb_window_t>& passedOver) {
   std::vector<std::uint32_t> windows =
       inFront == InFront::Topmost ? display.numbers(display.root(), "_NET_CLIENT_LIST_STACKING")
                                   : std::vector<std::uint32_t>();
   const auto active = display.numbers(display.root(), "_NET_ACTIVE_WINDOW");
   windows.insert(windows.end(), active.begin(), active.end());
   std::reverse(windows.begin(), windows.end());
+  std::erase_if(windows, [&](xcb_window_t window) { return holds(passedOver, window); });
   for (const xcb_window_t window : windows) {
     if (auto found = asFileManagerWindow(display, window)) {
       return found;

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quennel {
 
@@ -37,7 +38,9 @@ enum class InFront {
   Focused,
 };
 
-/// The file manager's window in front; nothing when there is none. Dialogs and desktops are none.
-std::optional<FileManagerWindow> frontFileManagerWindow(XDisplay& display, InFront inFront);
+/// The file manager's window in front, of those that are not among `passedOver`; nothing when there
+/// is none. Dialogs and desktops are none.
+std::optional<FileManagerWindow> frontFileManagerWindow(
+    XDisplay& display, InFront inFront, const std::vector<xcb_window_t>& passedOver = {});
 
 }  // namespace quennel

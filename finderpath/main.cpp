@@ -1,5 +1,5 @@
 // Prints the folder that the file manager's window in front shows, as one absolute path and a line
-// break; or nothing, with a status other than 0, when that cannot be known for certain.
+// break; or, when that cannot be known for certain, why not, in a sentence for the user.
 
 #include <libintl.h>
 
@@ -10,21 +10,37 @@
 
 #include "finderpath/FrontFolder.h"
 #include "finderpath/Turn.h"
+#include "platform/linux/HomeFolder.h"
+#include "platform/values/Path.h"
 
-int main() {
+namespace {
+
+constexpr auto catalogue = "quennelhelper";
+
+void useUsersLanguage() {
   std::setlocale(LC_MESSAGES, "");
   bind_textdomain_codeset("nautilus", "UTF-8");
+  std::error_code failure;
+  // PREFIX/share/quennelhelper/get-finder-path.scpt
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", failure);
+  const auto locales = self.parent_path().parent_path() / "locale";
+  bindtextdomain(catalogue, locales.c_str());
+  bind_textdomain_codeset(catalogue, "UTF-8");
+}
+
+std::string scriptsFolder() {
+  return quennel::appendingPathComponent(quennel::homeFolder().value_or(""),
+                                         "Library/Application Scripts/net.brellow.QuennelHelper");
+}
+
+}  // namespace
+
+int main() {
+  useUsersLanguage();
   const quennel::Turn turn;
-  const auto folder = quennel::frontFolder();
-  std::error_code ignored;
-  if (!folder || !std::filesystem::is_directory(*folder, ignored)) {
-    std::cerr << "get-finder-path: the folder in front is not known\n";
-    return 1;
-  }
-  if (!quennel::canBePrinted(*folder)) {
-    std::cerr << "get-finder-path: the name of the folder in front cannot be told\n";
-    return 1;
-  }
-  std::cout << *folder << '\n' << std::flush;
+  const auto folder = quennel::frontFolder(scriptsFolder());
+  // Whoever runs the script shows what is not a path to the user.
+  std::cout << (folder.path ? *folder.path : dgettext(catalogue, folder.reason)) << '\n'
+            << std::flush;
   return std::cout ? 0 : 1;
 }

@@ -27,18 +27,21 @@ class FolderInFront : public testing::TestWithParam<FileManagerSession::FileMana
     session = std::make_unique<FileManagerSession>(GetParam());
   }
 
-  /// What the script prints, without the line break behind it; nothing when it fails.
-  static std::optional<std::string> ask() {
+  /// What the script prints, without the line break behind it.
+  static std::string answer() {
     Process process({QUENNEL_SCRIPT, QUENNEL_FINDER_PATH});
-    const bool succeeded = process.wait() == 0;
+    EXPECT_EQ(process.wait(), 0);
+    EXPECT_EQ(process.errorOutput(), "");
     std::string output = process.output();
-    EXPECT_EQ(succeeded, output.ends_with('\n'));
-    EXPECT_EQ(succeeded, !output.empty());
-    if (!succeeded) {
-      return std::nullopt;
-    }
+    EXPECT_TRUE(output.ends_with('\n'));
+    EXPECT_GT(output.size(), 1u);
     output.pop_back();
     return output;
+  }
+  /// The path that it prints; nothing when it says why it prints none.
+  static std::optional<std::string> ask() {
+    const std::string printed = answer();
+    return printed.starts_with('/') ? std::optional(printed) : std::nullopt;
   }
 
   /// Asks until there is an answer: a window that has just come up may not take drops yet.
@@ -54,6 +57,7 @@ class FolderInFront : public testing::TestWithParam<FileManagerSession::FileMana
     return process.output();
   }
 
+  static constexpr auto scriptsFolder = "Library/Application Scripts/net.brellow.QuennelHelper";
   std::string path(const std::string& name) const { return session->home() + "/" + name; }
 
   std::unique_ptr<FileManagerSession> session;
@@ -136,7 +140,22 @@ TEST_P(FolderInFront, IsNotToldWhileItsWindowIsMinimized) {
   EXPECT_EQ(ask(), std::nullopt);
 }
 
-TEST_P(FolderInFront, IsNotToldWithoutAWindow) { EXPECT_EQ(ask(), std::nullopt); }
+TEST_P(FolderInFront, IsNotToldWithoutAWindow) {
+  EXPECT_EQ(answer(), "No window of a file manager that can be asked shows a folder.");
+}
+
+TEST_P(FolderInFront, IsNotTheOneOfTheScripts) {
+  session->openNewFolder("folder");
+  told();
+  session->openNewFolder(scriptsFolder);
+  EXPECT_EQ(told(), path("folder"));
+}
+
+TEST_P(FolderInFront, IsNotToldWhenThereIsOnlyTheOneOfTheScripts) {
+  session->openNewFolder(scriptsFolder);
+  EXPECT_TRUE(eventually(
+      [] { return answer() == "No window of a file manager that can be asked shows a folder."; }));
+}
 
 TEST_P(FolderInFront, IsNotChangedByBeingAskedFor) {
   session->openNewFolder("folder");
