@@ -48,6 +48,8 @@ QtInstallScriptWindow::QtInstallScriptWindow(std::shared_ptr<QtApplication> appl
   _messageTextField = std::make_unique<QtTextField>(*_interface->messageTextField);
   translateTexts(bundle);
   _dialog.setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+  // The file manager that is opened beside it may come up at any time, and takes the front.
+  keepAboveOthers(_dialog);
   _dialog.setModal(true);
   connectButton(*_interface->helpButton, owner, &Owner::didClickHelp);
   connectButton(*_interface->copyPathButton, owner, &Owner::copyPath);

@@ -210,6 +210,12 @@ TEST_F(InstallWindow, TheCommandGoesWithTheWindow) {
   });
 }
 
+TEST_F(InstallWindow, StandsAboveTheWindowsOfOtherPrograms) {
+  show([](QDialog& dialog) {
+    EXPECT_TRUE(dialog.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+  });
+}
+
 // The icon as the target of drops.
 
 class DropTarget : public InstallWindow {

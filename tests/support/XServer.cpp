@@ -3,6 +3,8 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -65,6 +67,19 @@ std::string XServer::waitForActiveWindow(const std::string& title,
     return window != otherThan && nameOf(window) == title;
   };
   return eventually(appears) ? window : "";
+}
+
+bool XServer::isAbove(const std::string& window, const std::string& other) const {
+  // From the lowest to the topmost: "..._STACKING(WINDOW): window id # 0x400007, 0x800006"
+  const std::string stack = outputOf({"xprop", "-root", "_NET_CLIENT_LIST_STACKING"});
+  const auto placeOf = [&stack](const std::string& number) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "0x%lx", std::stoul(number));
+    return stack.find(text.data());
+  };
+  const std::size_t place = placeOf(window);
+  const std::size_t otherPlace = placeOf(other);
+  return place != std::string::npos && otherPlace != std::string::npos && place > otherPlace;
 }
 
 bool XServer::waitForNoActiveWindow(const std::string& title) const {

@@ -29,6 +29,9 @@ class XServer {
   std::string waitForActiveWindow(const std::string& title,
                                   const std::string& otherThan = {}) const;
 
+  /// Whether the one window stands above the other.
+  bool isAbove(const std::string& window, const std::string& other) const;
+
   /// Waits until no window of that title has the keyboard.
   [[nodiscard]] bool waitForNoActiveWindow(const std::string& title) const;
 

@@ -179,12 +179,24 @@ class InstallScript : public testing::TestWithParam<FileManagerSession::FileMana
 };
 
 TEST_P(InstallScript, ByDraggingItIntoItsFolder) {
+  const std::string other = session->makeFolder("other");
+  openFolder(other);
   openFolder(helper->scriptsFolder());
   EXPECT_TRUE(installManually(
       [this] { dragIcon([this] { return desktop().countWindows(windowTitle) == 0; }); }));
   EXPECT_EQ(contentsOf(helper->installedScript()), contentsOf(QUENNEL_SCRIPT));
   EXPECT_EQ(modeOf(helper->installedScript()), 0755u);
-  EXPECT_EQ(helper->folderInFront(), helper->scriptsFolder());
+  EXPECT_EQ(helper->folderInFront(), other);
+}
+
+TEST_P(InstallScript, InAWindowThatStaysInFrontOfAFileManagerThatComesLate) {
+  installManually([this] {
+    openFolder(helper->scriptsFolder());
+    EXPECT_TRUE(eventually([this] { return desktop().isAbove(installWindow, folderWindow); }));
+    // The window manager has dealt with all that the file manager asked for.
+    desktop().moveWindow(folderWindow, {200, 60});
+    EXPECT_TRUE(desktop().isAbove(installWindow, folderWindow));
+  });
 }
 
 TEST_P(InstallScript, ByDraggingItOverAnOlderOne) {
