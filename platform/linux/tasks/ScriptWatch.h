@@ -15,8 +15,8 @@ class ScriptProcess;
 
 /// What a script may take.
 struct ScriptLimits {
-  /// From its start to its end.
-  std::chrono::milliseconds time{10'000};
+  /// From its start to its end: a script may ask the user something.
+  std::chrono::milliseconds time = std::chrono::minutes(2);
   /// How long after the script's end what it left behind may still print.
   std::chrono::milliseconds aftermath{500};
   /// Bytes of output: many times what the longest path takes.
