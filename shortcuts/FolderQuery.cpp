@@ -45,7 +45,8 @@ void FolderQuery::getFinderPathWithTemplate(const FileTemplate& template_,
       [this, &runLoop = _runLoop, pipe, completionHandler = std::move(completionHandler),
        template_](const std::optional<Error>& failure) {
         if (failure) {
-          runLoop.dispatchAsync([this, failure] { reportFailure(*failure); });
+          // The handler lives until the user has dismissed the alert: the query is not over before.
+          runLoop.dispatchAsync([this, failure, completionHandler] { reportFailure(*failure); });
           return;
         }
         const auto path = readAnswer(*pipe);

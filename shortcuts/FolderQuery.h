@@ -20,7 +20,8 @@ class FolderQuery {
  public:
   /// Receives the absolute path of a folder, as the script printed it, and the template that it was
   /// asked for. Called on a thread of the script's own, where it must use nothing that may be gone
-  /// before the script: it queues what it does on the main queue.
+  /// before the script: it queues what it does on the main queue. Let go of when the query is over,
+  /// one that fails when the user has been told.
   using Handler = std::function<void(const std::string& path, const FileTemplate& template_)>;
 
   FolderQuery(RunLoop& runLoop, UserScripts& userScripts, const Bundle& bundle,

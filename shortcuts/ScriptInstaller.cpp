@@ -29,25 +29,34 @@ bool ScriptInstaller::checkAndInstallScripts() {
   if (folder && _services.fileManager.fileExistsAtPath(userScriptPath(folder))) {
     return true;
   }
-  const Alerts& alerts = _services.alerts;
   if (!folder) {
-    alerts.showAlert(localizedText("Error creating the scripts directory!"),
-                     error.localizedDescription, AlertStyle::Critical);
+    _services.alerts.showAlert(localizedText("Error creating the scripts directory!"),
+                               error.localizedDescription, AlertStyle::Critical);
     return false;
   }
-  rememberPanelFolder(_services.standardDefaults, *folder);
+  _isAtWork = true;
+  const bool isInstalled = askAndInstallScript(*folder);
+  _isAtWork = false;
+  return isInstalled;
+}
+
+void ScriptInstaller::bringToFront() { _services.userInterface.activateIgnoringOtherApps(); }
+
+bool ScriptInstaller::askAndInstallScript(const std::string& folder) {
+  rememberPanelFolder(_services.standardDefaults, folder);
   _services.panelCount.raise();
   _services.userInterface.activateIgnoringOtherApps();
-  if (!askForScriptsFolder(*folder)) {
+  if (!askForScriptsFolder(folder)) {
     // The count of the panel itself stays raised: the helper no longer quits after a request.
     _services.panelCount.raise();
-    alerts.showAlert(localizedText("You must install the QuennelHelper.sh script in order to use "
-                                   "keyboard shortcuts!"),
-                     std::nullopt, AlertStyle::Critical);
+    _services.alerts.showAlert(
+        localizedText("You must install the QuennelHelper.sh script in order to use "
+                      "keyboard shortcuts!"),
+        std::nullopt, AlertStyle::Critical);
     _services.panelCount.lower();
     return false;
   }
-  const bool isInstalled = installScript(*folder);
+  const bool isInstalled = installScript(folder);
   _services.panelCount.lower();
   return isInstalled;
 }

@@ -41,6 +41,10 @@ class ScriptInstaller {
 
   /// Whether the user script is installed; one that is not is installed first if the user agrees.
   bool checkAndInstallScripts();
+  /// Whether the user is being asked about the installation, or helped with it, right now.
+  bool isAtWork() const { return _isAtWork; }
+  /// Brings what is on the screen for that before the windows of other programs.
+  void bringToFront();
   /// Lets the user drag it into the scripts folder; answers whether it is there then.
   bool installScriptManually();
   /// The controller of the window for this, while the window is there.
@@ -50,12 +54,14 @@ class ScriptInstaller {
 
  private:
   std::string localizedText(const std::string& key) const;
+  bool askAndInstallScript(const std::string& folder);
   bool askForScriptsFolder(const std::string& folder);
   bool installScript(const std::string& folder);
   void runInstallScriptWindow(const std::optional<std::string>& source,
                               const std::optional<std::string>& folder);
 
   Services _services;
+  bool _isAtWork = false;
   std::shared_ptr<InstallScriptWindowController> _installScriptWindowController;
 };
 

@@ -1,6 +1,7 @@
 #include "shortcuts/Shortcuts.h"
 
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 #include "creation/AppUtil.h"
@@ -31,6 +32,7 @@ void Shortcuts::bindHotKeys() {
   for (const auto& hotKey : center.allHotKeys()) {
     center.unregisterHotKey(hotKey);
   }
+  _turns.forgetKept();
   _templates = _services.sharedDefaults.arrayForKey(fileTemplatesKey);
   const std::size_t count = _templates ? _templates->size() : 0;
   for (std::size_t index = 0; index < count; ++index) {
@@ -64,6 +66,19 @@ bool Shortcuts::resolveInstanceMethod(const std::string& name) {
 }
 
 void Shortcuts::shortcutAction(const std::string& name, const PTHotKey&) {
+  if (_services.installer.isAtWork()) {
+    _services.installer.bringToFront();
+  } else if (_turns.begin(name)) {
+    servePress(name);
+  }
+}
+
+void Shortcuts::servePress(const std::string& name) {
+  const auto turn = std::make_shared<PressTurn>(_services.runLoop, [this, name] {
+    if (_turns.end(name)) {
+      servePress(name);
+    }
+  });
   if (!_services.installer.checkAndInstallScripts()) {
     return;
   }
@@ -80,16 +95,24 @@ void Shortcuts::shortcutAction(const std::string& name, const PTHotKey&) {
   const bool skipFilename = settings.boolForKey(skipFilenameKey);
   // The handler runs on the script's thread, where nothing but the run loop may be used.
   _services.folderQuery.getFinderPathWithTemplate(
-      *template_, [this, &runLoop = _services.runLoop, skipFilename](const std::string& path,
-                                                                     const FileTemplate& found) {
-        runLoop.dispatchAsync([this, skipFilename, path, found] {
-          if (skipFilename) {
-            _services.creation.createFileAtDir(path, found);
-          } else {
-            _services.newFilePanel.showNewFilePanel(path, found);
-          }
+      *template_, [this, &runLoop = _services.runLoop, skipFilename, turn](
+                      const std::string& path, const FileTemplate& found) {
+        runLoop.dispatchAsync([this, skipFilename, path, found, turn] {
+          makeFile(path, found, skipFilename, *turn);
         });
       });
+}
+
+void Shortcuts::makeFile(const std::string& dir, const FileTemplate& template_, bool skipFilename,
+                         PressTurn& turn) {
+  if (skipFilename) {
+    _services.creation.createFileAtDir(dir, template_);
+    turn.end();
+  } else {
+    // A panel stands for as long as the user likes; another may come up beside it.
+    turn.end();
+    _services.newFilePanel.showNewFilePanel(dir, template_);
+  }
 }
 
 }  // namespace quennel

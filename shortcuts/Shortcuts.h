@@ -6,6 +6,8 @@
 
 #include "platform/ActionTarget.h"
 #include "platform/values/PropertyList.h"
+#include "settings/FileTemplate.h"
+#include "shortcuts/PressTurns.h"
 
 namespace quennel {
 
@@ -52,11 +54,15 @@ class Shortcuts : public ActionTarget {
   using Action = void (Shortcuts::*)(const std::string& name, const PTHotKey& sender);
 
   void shortcutAction(const std::string& name, const PTHotKey& sender);
+  void servePress(const std::string& name);
+  void makeFile(const std::string& dir, const FileTemplate& template_, bool skipFilename,
+                PressTurn& turn);
 
   Services _services;
   std::optional<PropertyList::Array> _templates;
   /// The actions that have been resolved, by name.
   std::map<std::string, Action> _actions;
+  PressTurns _turns;
 };
 
 }  // namespace quennel

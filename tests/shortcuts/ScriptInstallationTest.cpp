@@ -99,7 +99,9 @@ TEST_F(ScriptInstallation, AConfirmedPanelInstallsTheScriptWithItsPermissions) {
   EXPECT_EQ(room.panelCount.value(), 0);
 }
 
-TEST_F(ScriptInstallation, AnotherFolderChosenDoesNotChangeWhereTheScriptGoes) {
+/// The fake lets it be written there, as a confined helper, which has not been given that folder,
+/// is not: see the end-to-end test.
+TEST_F(ScriptInstallation, TheScriptIsToGoToItsFolderWhicheverIsChosen) {
   userChooses("/d");
   EXPECT_TRUE(room.installer.checkAndInstallScripts());
   EXPECT_TRUE(exists(installed));
@@ -288,6 +290,64 @@ TEST_F(ScriptInstallation, TheCheckRunsAnewAtEveryCall) {
   fakes.fileManager.addFile(installed);
   EXPECT_TRUE(room.installer.checkAndInstallScripts());
   EXPECT_EQ(fakes.userInterface.openPanels.size(), 1u);
+}
+
+/// Whatever stands on the screen for the installation: nothing but the front is given to it.
+class PressDuringInstallation : public ScriptInstallation {
+ protected:
+  PressDuringInstallation() {
+    auto templates = fakes.sharedDefaults.arrayForKey("fileTemplates").value();
+    auto first = *templates[0].dictionary();
+    first.insert_or_assign("shortcut", "Ctrl+Alt+N");
+    templates[0] = first;
+    auto second = *templates[1].dictionary();
+    second.insert_or_assign("shortcut", "Ctrl+Alt+M");
+    templates[1] = second;
+    fakes.sharedDefaults.setObject(std::move(templates), "fileTemplates");
+    delegate->bindHotKeys();
+  }
+
+  void press() {
+    fakes.hotKeyCenter.press("Ctrl+Alt+N");
+    fakes.runLoop.serve();
+  }
+  void pressAgain() {
+    const int before = fakes.userInterface.activations;
+    fakes.hotKeyCenter.press("Ctrl+Alt+N");
+    fakes.hotKeyCenter.press("Ctrl+Alt+M");
+    fakes.runLoop.serve();
+    EXPECT_EQ(fakes.userInterface.activations, before + 2);
+    ++pressedAgain;
+  }
+
+  int pressedAgain = 0;
+};
+
+TEST_F(PressDuringInstallation, BringsThePanelToTheFrontAndDoesNothingElse) {
+  fakes.userInterface.whilePanelShown = [this](const auto&) { pressAgain(); };
+  press();
+  fakes.runLoop.serve();
+  EXPECT_EQ(pressedAgain, 1);
+  EXPECT_EQ(fakes.userInterface.openPanels.size(), 1u);
+  EXPECT_EQ(alerts().size(), 1u);
+}
+
+TEST_F(PressDuringInstallation, BringsTheWindowToTheFrontAndDoesNothingElse) {
+  userChooses(folder);
+  copyingFails();
+  fakes.userInterface.answers.push_back(UserInterface::alertFirstButtonReturn);
+  fakes.userInterface.windows.whileWindowShown = [this] { pressAgain(); };
+  press();
+  fakes.runLoop.serve();
+  EXPECT_EQ(pressedAgain, 1);
+  EXPECT_EQ(fakes.userInterface.openPanels.size(), 1u);
+  EXPECT_EQ(alerts().size(), 1u);
+}
+
+TEST_F(PressDuringInstallation, IsOverWithTheInstallation) {
+  press();
+  press();
+  EXPECT_EQ(fakes.userInterface.openPanels.size(), 2u);
 }
 
 }  // namespace

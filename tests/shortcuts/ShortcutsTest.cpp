@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -66,10 +68,14 @@ class ShortcutTest : public DesktopTest {
   }
   void finish() {
     fakes.runLoop.runUntilIdle();
-    const int started = static_cast<int>(fakes.userScripts.executions.size());
-    EXPECT_TRUE(fakes.runLoop.runUntil([&] { return fakes.userScripts.completions() >= started; }));
-    fakes.runLoop.runUntilIdle();
+    while (fakes.userScripts.completions() < started()) {
+      const int current = started();
+      ASSERT_TRUE(
+          fakes.runLoop.runUntil([&] { return fakes.userScripts.completions() >= current; }));
+      fakes.runLoop.runUntilIdle();
+    }
   }
+  int started() const { return static_cast<int>(fakes.userScripts.executions.size()); }
 
   const std::vector<Alert>& alerts() const { return fakes.userInterface.alerts; }
   void expectMissingTemplate() const {
@@ -297,6 +303,25 @@ TEST_F(Action, WhetherToAskForTheNameIsReadAtThePress) {
   EXPECT_TRUE(exists("/d/untitled-1.txt"));
 }
 
+TEST_F(Action, WhetherToAskForTheNameIsReadWhenTheScriptIsThereAndNotBefore) {
+  fakes.mainBundle.resources["QuennelHelper.sh"] = "/app/QuennelHelper.sh";
+  fakes.fileManager.addFile("/app/QuennelHelper.sh", "#!/bin/sh\n", 0755);
+  fakes.fileManager.removeItemAtPath(script);
+  fakes.userInterface.choices.push_back(scriptsFolder);
+  fakes.userInterface.whilePanelShown = [this](const auto&) {
+    fakes.sharedDefaults.setObject(false, "skipFilename");
+  };
+  int panels = 0;
+  fakes.userInterface.whileSavePanelShown = [&](FakeSavePanel&) {
+    ++panels;
+    return ModalResponse::Cancel;
+  };
+  launchWith({"Ctrl+Alt+N"});
+  press("Ctrl+Alt+N");
+  EXPECT_EQ(panels, 1);
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+}
+
 TEST_F(Action, PressThatAsksForTheNameMakesTheFileThatTheUserNames) {
   fakes.sharedDefaults.setObject(false, "skipFilename");
   fakes.userInterface.whileSavePanelShown = [](FakeSavePanel& panel) {
@@ -320,6 +345,121 @@ TEST_F(Action, PressWhileAPanelIsOpenMakesItsFileBesideIt) {
   press("Ctrl+Alt+N");
   EXPECT_TRUE(exists("/d/untitled.txt"));
   EXPECT_FALSE(exists("/d/untitled-1.txt"));
+}
+
+TEST_F(Action, PressesFasterThanFilesCanBeMadeKeepOneBehindTheOneThatIsServed) {
+  launchWith({"Ctrl+Alt+N"});
+  for (int count = 0; count < 10; ++count) {
+    fakes.hotKeyCenter.press("Ctrl+Alt+N");
+  }
+  finish();
+  EXPECT_EQ(fakes.userScripts.executions.size(), 2u);
+  EXPECT_TRUE(exists("/d/untitled-1.txt"));
+  EXPECT_FALSE(exists("/d/untitled-2.txt"));
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/untitled-2.txt"));
+}
+
+TEST_F(Action, PressesOfOtherKeysDoNotWait) {
+  launchWith({"Ctrl+Alt+N", "Ctrl+Alt+M"});
+  fakes.hotKeyCenter.press("Ctrl+Alt+N");
+  fakes.hotKeyCenter.press("Ctrl+Alt+M");
+  fakes.runLoop.serve();
+  EXPECT_EQ(fakes.userScripts.executions.size(), 2u);
+  finish();
+}
+
+TEST_F(Action, PressAfterAQueryThatFailedIsServed) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.userScripts.scripts[script] = {"", Error{1, "No"}};
+  press("Ctrl+Alt+N");
+  fakes.userScripts.scripts[script] = {"no folder\n", {}};
+  press("Ctrl+Alt+N");
+  fakes.userScripts.scripts.erase(script);
+  press("Ctrl+Alt+N");
+  fakes.userScripts.scripts[script] = {"/d\n", {}};
+  press("Ctrl+Alt+N");
+  EXPECT_EQ(fakes.userInterface.alerts.size(), 3u);
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(Action, PressesDuringAnAlertOfTheirKeyShowNoFurtherOnesBesideIt) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.userScripts.scripts[script] = {"", Error{1, "No"}};
+  int shown = 0;
+  int most = 0;
+  int presses = 0;
+  fakes.userInterface.whileShown = [&](const Alert&) {
+    most = std::max(most, ++shown);
+    if (++presses == 1) {
+      for (int count = 0; count < 5; ++count) {
+        press("Ctrl+Alt+N");
+      }
+    }
+    --shown;
+  };
+  press("Ctrl+Alt+N");
+  EXPECT_EQ(most, 1);
+  EXPECT_EQ(fakes.userInterface.alerts.size(), 2u);
+}
+
+TEST_F(Action, KeptPressGoesWithTheKeysThatAreBoundAnew) {
+  AppDelegate& helper = launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.press("Ctrl+Alt+N");
+  fakes.hotKeyCenter.press("Ctrl+Alt+N");
+  fakes.runLoop.serve();
+  helper.bindHotKeys();
+  finish();
+  EXPECT_EQ(fakes.userScripts.executions.size(), 1u);
+}
+
+TEST_F(ShortcutTest, KeysAreBoundAgainWhenADesktopAppears) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.serve();
+  EXPECT_EQ(identifiers(), Names{});
+  fakes.hotKeyCenter.startDesktop();
+  fakes.runLoop.serve();
+  EXPECT_EQ(identifiers(), Names{"shortcut0"});
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(ShortcutTest, KeysThatWereRefusedForWantOfADesktopAreBoundWhenItAppears) {
+  fakes.hotKeyCenter.isAvailable = false;
+  launchWith({"Ctrl+Alt+N"});
+  EXPECT_EQ(identifiers(), Names{});
+  fakes.hotKeyCenter.startDesktop();
+  fakes.runLoop.serve();
+  EXPECT_EQ(identifiers(), Names{"shortcut0"});
+}
+
+TEST_F(ShortcutTest, HelperWhoseKeysAreLostLeavesAsOneWithoutKeys) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.runLoop.advance(std::chrono::minutes(1));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.advance(std::chrono::milliseconds(10'900));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
+  fakes.runLoop.advance(std::chrono::milliseconds(100));
+  EXPECT_TRUE(fakes.runLoop.isTerminating());
+}
+
+TEST_F(ShortcutTest, HelperWhoseKeysComeBackInTimeStays) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.advance(std::chrono::seconds(5));
+  fakes.hotKeyCenter.startDesktop();
+  fakes.runLoop.advance(std::chrono::minutes(1));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
+}
+
+TEST_F(ShortcutTest, HelperThatIsToStayStaysWithoutItsKeys) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.advance(std::chrono::minutes(1));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
 }
 
 }  // namespace

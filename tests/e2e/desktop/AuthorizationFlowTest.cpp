@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "settings/AuthorizedDir.h"
+#include "settings/SharedSettings.h"
 #include "tests/e2e/desktop/DesktopTest.h"
 
 namespace quennel::test {
