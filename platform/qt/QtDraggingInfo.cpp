@@ -7,7 +7,6 @@
 #include <QtGui/QImageReader>
 
 #include "platform/qt/QtImage.h"
-#include "platform/qt/QtImageView.h"
 
 namespace quennel {
 namespace {
@@ -41,11 +40,6 @@ QString firstFile(const QMimeData& data) {
 }
 
 }  // namespace
-
-const ImageViewResponder* QtDraggingInfo::draggingSource() const {
-  const auto* const view = dynamic_cast<const QtImageView*>(_event.source());
-  return view ? view->responder() : nullptr;
-}
 
 unsigned QtDraggingInfo::draggingSourceOperationMask() const {
   const bool canCopy = _event.possibleActions().testFlag(Qt::CopyAction);

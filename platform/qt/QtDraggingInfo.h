@@ -9,10 +9,11 @@ namespace quennel {
 /// A drag of the toolkit over one of its widgets.
 class QtDraggingInfo : public DraggingInfo {
  public:
-  /// `event` is not owned.
-  explicit QtDraggingInfo(const QDropEvent& event) : _event(event) {}
+  /// `source` is the view of the helper that the drag comes from, or null. Neither is owned.
+  QtDraggingInfo(const QDropEvent& event, const ImageViewResponder* source)
+      : _event(event), _source(source) {}
 
-  const ImageViewResponder* draggingSource() const override;
+  const ImageViewResponder* draggingSource() const override { return _source; }
   unsigned draggingSourceOperationMask() const override;
   bool canInitImage() const override;
   std::shared_ptr<const Image> image() const override;
@@ -21,6 +22,7 @@ class QtDraggingInfo : public DraggingInfo {
 
  private:
   const QDropEvent& _event;
+  const ImageViewResponder* _source;
 };
 
 }  // namespace quennel

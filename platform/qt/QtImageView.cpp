@@ -20,6 +20,11 @@ namespace {
 Rect rectOf(const QRect& rect) { return {{rect.x(), rect.y()}, {rect.width(), rect.height()}}; }
 QPoint pointOf(Point point) { return {point.x, point.y}; }
 
+const ImageViewResponder* sourceOf(const QDropEvent& event) {
+  const auto* const view = dynamic_cast<const QtImageView*>(event.source());
+  return view ? view->responder() : nullptr;
+}
+
 }  // namespace
 
 QtImageView::QtImageView(QWidget* parent) : QLabel(parent) { setAcceptDrops(true); }
@@ -103,7 +108,7 @@ void QtImageView::mouseMoveEvent(QMouseEvent* event) {
 void QtImageView::mouseReleaseEvent(QMouseEvent*) { _promise.reset(); }
 
 void QtImageView::dragEnterEvent(QDragEnterEvent* event) {
-  QtDraggingInfo info(*event);
+  QtDraggingInfo info(*event, sourceOf(*event));
   const bool isTaken = _responder && _responder->draggingEntered(info) == DragOperation::Copy;
   event->setDropAction(isTaken ? Qt::CopyAction : Qt::IgnoreAction);
   event->setAccepted(isTaken);
@@ -116,7 +121,7 @@ void QtImageView::dragLeaveEvent(QDragLeaveEvent*) {
 }
 
 void QtImageView::dropEvent(QDropEvent* event) {
-  QtDraggingInfo info(*event);
+  QtDraggingInfo info(*event, sourceOf(*event));
   const bool isTaken = _responder && _responder->prepareForDragOperation(info) &&
                        _responder->performDragOperation(info);
   event->setDropAction(isTaken ? Qt::CopyAction : Qt::IgnoreAction);

@@ -1,7 +1,6 @@
 #include "platform/qt/QtSavePanel.h"
 
 #include "platform/linux/ui/StandardErrorAlert.h"
-#include "platform/qt/QtUserInterface.h"
 
 namespace quennel {
 
@@ -49,7 +48,7 @@ void QtSavePanel::setCanCreateDirectories(bool can) {
 
 ModalResponse QtSavePanel::runModal() {
   std::optional<std::string> path;
-  const bool isShown = _userInterface.present([&] {
+  const bool isShown = _present([&] {
     SavePanelDialog dialog(_contents, _bundle);
     _dialog = &dialog;
     path = dialog.run();

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/SavePanel.h"
@@ -9,14 +11,16 @@
 
 namespace quennel {
 
-class QtUserInterface;
-
 /// The save panel in Qt Widgets: what it is to show, and the dialog while it is shown.
 class QtSavePanel : public SavePanel {
  public:
-  /// Neither is owned; both outlive the panel.
-  QtSavePanel(QtUserInterface& userInterface, const Bundle& bundle)
-      : _userInterface(userInterface), _bundle(bundle) {}
+  /// Calls what it is given, which shows something and returns when it has closed, where something
+  /// can be shown; false where nothing can.
+  using Presenter = std::function<bool(const std::function<void()>&)>;
+
+  /// `bundle` is not owned and outlives the panel.
+  QtSavePanel(Presenter present, const Bundle& bundle)
+      : _present(std::move(present)), _bundle(bundle) {}
 
   void setTitle(const std::string& title) override;
   void setNameFieldStringValue(const std::string& name) override;
@@ -30,7 +34,7 @@ class QtSavePanel : public SavePanel {
   std::string path() const override { return _path; }
 
  private:
-  QtUserInterface& _userInterface;
+  Presenter _present;
   const Bundle& _bundle;
   SavePanelContents _contents;
   SavePanelDialog* _dialog = nullptr;

@@ -36,7 +36,8 @@ void QtUserInterface::beginOpenPanel(const OpenPanel& panel, const Choice& compl
 }
 
 std::unique_ptr<SavePanel> QtUserInterface::savePanel() {
-  return std::make_unique<QtSavePanel>(*this, _bundle);
+  return std::make_unique<QtSavePanel>(
+      [this](const std::function<void()>& modal) { return present(modal); }, _bundle);
 }
 
 bool QtUserInterface::present(const std::function<void()>& modal) {

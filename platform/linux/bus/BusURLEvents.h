@@ -9,6 +9,7 @@
 
 #include "platform/URLEvents.h"
 #include "platform/linux/bus/BusTypes.h"
+#include "platform/linux/bus/HelperName.h"
 #include "platform/linux/bus/SessionBus.h"
 
 namespace quennel {
@@ -21,9 +22,9 @@ namespace quennel {
 /// has claimed the name until it has released it nothing may end it unasked.
 class BusURLEvents final : public URLEvents {
  public:
-  static constexpr auto busName = "net.brellow.QuennelHelper";
-  static constexpr auto objectPath = "/net/brellow/QuennelHelper";
-  static constexpr auto interfaceName = "org.freedesktop.Application";
+  static constexpr auto busName = helperBusName;
+  static constexpr auto objectPath = helperObjectPath;
+  static constexpr auto interfaceName = applicationInterface;
 
   /// The bus is not owned; it outlives this object.
   explicit BusURLEvents(SessionBus& bus) : _bus(bus) {}

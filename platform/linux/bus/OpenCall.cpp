@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/linux/bus/BusPropertyList.h"
-#include "platform/linux/bus/BusURLEvents.h"
+#include "platform/linux/bus/HelperName.h"
 #include "platform/values/URL.h"
 
 namespace quennel {
@@ -21,9 +21,8 @@ std::string variable(const char* name) {
 
 BusMessage newCall(sd_bus* connection, const char* method) {
   sd_bus_message* call = nullptr;
-  const int made =
-      sd_bus_message_new_method_call(connection, &call, BusURLEvents::busName,
-                                     BusURLEvents::objectPath, BusURLEvents::interfaceName, method);
+  const int made = sd_bus_message_new_method_call(connection, &call, helperBusName,
+                                                  helperObjectPath, applicationInterface, method);
   return BusMessage(made < 0 ? nullptr : call);
 }
 

@@ -74,7 +74,8 @@ std::unique_ptr<UserUnixTask> LinuxUserScripts::createTask(const std::string& pa
     report(EACCES, error);  // what executing it would answer
     return nullptr;
   }
-  return std::make_unique<LinuxUserUnixTask>(*this, path);
+  return std::make_unique<LinuxUserUnixTask>(
+      [this](ScriptRun::Request request) { start(std::move(request)); }, path);
 }
 
 void LinuxUserScripts::start(ScriptRun::Request request) {

@@ -30,10 +30,9 @@ class LinuxUserScripts final : public UserScripts {
   std::optional<std::string> applicationScriptsDirectory(Error* error) override;
   std::unique_ptr<UserUnixTask> createTask(const std::string& path, Error* error) override;
 
-  /// For the tasks.
+ private:
   void start(ScriptRun::Request request);
 
- private:
   const Bundle& _bundle;
   ScriptLimits _limits;
   ScriptTurns _turns;

@@ -2,12 +2,10 @@
 
 #include <utility>
 
-#include "platform/linux/tasks/LinuxUserScripts.h"
-
 namespace quennel {
 
-LinuxUserUnixTask::LinuxUserUnixTask(LinuxUserScripts& scripts, std::string path)
-    : _scripts(scripts), _path(std::move(path)) {}
+LinuxUserUnixTask::LinuxUserUnixTask(Start start, std::string path)
+    : _start(std::move(start)), _path(std::move(path)) {}
 
 void LinuxUserUnixTask::setStandardOutput(
     std::shared_ptr<Pipe::FileHandleForWriting> standardOutput) {
@@ -16,7 +14,7 @@ void LinuxUserUnixTask::setStandardOutput(
 
 void LinuxUserUnixTask::executeWithArguments(const std::vector<std::string>& arguments,
                                              CompletionHandler completion) {
-  _scripts.start({_path, arguments, std::move(_standardOutput), std::move(completion)});
+  _start({_path, arguments, std::move(_standardOutput), std::move(completion)});
 }
 
 }  // namespace quennel
