@@ -112,8 +112,9 @@ TEST_F(Authorization, TheStartFolderIsRememberedBeforeThePanelOpens) {
   int shown = 0;
   fakes.userInterface.whilePanelShown = [&](const OpenPanel&) {
     ++shown;
-    EXPECT_EQ(remembered("NSNavLastRootDirectory"), dir);
-    EXPECT_EQ(remembered("NSNavLastCurrentDirectory"), dir);
+    for (const char* const key : {"NSNavLastRootDirectory", "NSNavLastCurrentDirectory"}) {
+      EXPECT_EQ(fakes.standardDefaults.objectForKey(key), PropertyList(dir));
+    }
   };
   request();
   EXPECT_EQ(shown, 1);
