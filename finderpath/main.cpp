@@ -10,7 +10,7 @@
 
 #include "finderpath/FrontFolder.h"
 #include "finderpath/Turn.h"
-#include "platform/linux/HomeFolder.h"
+#include "platform/linux/base/HomeFolder.h"
 #include "platform/values/Path.h"
 
 namespace {

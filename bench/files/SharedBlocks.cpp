@@ -7,7 +7,7 @@
 
 #include "bench/files/Measurements.h"
 #include "bench/files/Tools.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/files/PosixFileManager.h"
 #include "tests/support/LoopMount.h"
 

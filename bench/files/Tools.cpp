@@ -7,7 +7,7 @@
 
 #include <stdexcept>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel::bench {
 

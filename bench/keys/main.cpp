@@ -15,7 +15,7 @@
 
 #include "bench/keys/Keyboard.h"
 #include "bench/support/Figure.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "tests/support/Deadline.h"
 #include "tests/support/KeyboardDisplay.h"
 #include "tests/support/PrivateBus.h"

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "bench/request/Requester.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel::bench {
 

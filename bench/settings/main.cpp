@@ -18,7 +18,7 @@
 #include <thread>
 
 #include "bench/support/Figure.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/settings/FileStamp.h"
 #include "platform/linux/settings/PropertyListUserDefaults.h"
 #include "tests/support/TemporaryDirectory.h"

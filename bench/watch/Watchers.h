@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/Workspace.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/notifications/LocalNotificationCenter.h"
 #include "platform/linux/watch/InotifyKernelQueueFactory.h"

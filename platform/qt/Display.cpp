@@ -11,7 +11,7 @@
 #include <QtCore/QStringList>
 #include <algorithm>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel {
 namespace {

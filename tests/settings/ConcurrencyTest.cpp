@@ -9,9 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/settings/FileError.h"
-#include "platform/linux/settings/FileLock.h"
+#include "platform/linux/base/FileDescriptor.h"
+#include "platform/linux/base/FileError.h"
+#include "platform/linux/base/FileLock.h"
 #include "platform/linux/settings/PropertyListFile.h"
 #include "tests/settings/SettingsTest.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "tests/support/Deadline.h"
 
 namespace quennel::test {

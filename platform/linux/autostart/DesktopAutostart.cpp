@@ -6,9 +6,9 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/base/FileError.h"
+#include "platform/linux/base/FileReplacement.h"
 #include "platform/linux/locale/UserLocale.h"
-#include "platform/linux/settings/FileError.h"
-#include "platform/linux/settings/FileReplacement.h"
 #include "platform/values/Path.h"
 
 namespace quennel {

@@ -11,7 +11,7 @@
 #include <mutex>
 
 #include "platform/RunLoop.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/events/EventSource.h"
 
 namespace quennel {

@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel {
 

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/files/FileCopier.h"
 #include "platform/linux/files/FileFailure.h"
 #include "platform/linux/files/FileStatus.h"

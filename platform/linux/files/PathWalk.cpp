@@ -6,7 +6,7 @@
 #include <array>
 #include <climits>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/files/FileStatus.h"
 
 namespace quennel {

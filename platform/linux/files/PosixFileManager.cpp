@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/files/DirectoryEntries.h"
 #include "platform/linux/files/FileCopier.h"
 #include "platform/linux/files/FileFailure.h"

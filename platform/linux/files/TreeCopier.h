@@ -10,7 +10,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/files/DirectoryEntries.h"
 #include "platform/linux/files/FileCopier.h"
 #include "platform/linux/files/Metadata.h"

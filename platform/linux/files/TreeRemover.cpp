@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/files/DirectoryEntries.h"
 #include "platform/linux/files/FileFailure.h"
 

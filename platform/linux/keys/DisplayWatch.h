@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/events/EventSource.h"
 

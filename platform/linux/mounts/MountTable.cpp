@@ -9,7 +9,7 @@
 #include <charconv>
 #include <iterator>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/VolumeEvents.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/events/EventSource.h"
 #include "platform/linux/mounts/MountTable.h"

@@ -6,7 +6,7 @@
 
 #include <system_error>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/processes/Spawn.h"
 
 namespace quennel {

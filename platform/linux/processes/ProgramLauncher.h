@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/events/EventSource.h"
 

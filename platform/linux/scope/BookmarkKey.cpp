@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/HomeFolder.h"
+#include "platform/linux/base/FileDescriptor.h"
+#include "platform/linux/base/HomeFolder.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/values/Path.h"
 

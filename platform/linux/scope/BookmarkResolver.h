@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/mounts/MountTable.h"
 #include "platform/linux/scope/Bookmark.h"
 #include "platform/linux/scope/HandleSearch.h"

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstddef>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/values/Path.h"
 
 namespace quennel {

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel {
 

@@ -16,7 +16,7 @@
 #include <span>
 #include <string_view>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/scope/FileHandle.h"
 
 namespace quennel {

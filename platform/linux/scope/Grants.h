@@ -5,7 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/scope/DirectoryIdentity.h"
 #include "platform/linux/scope/OpenItem.h"
 

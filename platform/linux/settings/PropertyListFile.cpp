@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/plist/PropertyListLimits.h"
 
 namespace quennel {

@@ -6,11 +6,11 @@
 #include <functional>
 #include <utility>
 
-#include "platform/linux/HomeFolder.h"
+#include "platform/linux/base/FileError.h"
+#include "platform/linux/base/FileLock.h"
+#include "platform/linux/base/FileReplacement.h"
+#include "platform/linux/base/HomeFolder.h"
 #include "platform/linux/locale/UserLocale.h"
-#include "platform/linux/settings/FileError.h"
-#include "platform/linux/settings/FileLock.h"
-#include "platform/linux/settings/FileReplacement.h"
 #include "platform/linux/settings/PropertyListFile.h"
 #include "platform/plist/PropertyListError.h"
 #include "platform/values/Path.h"

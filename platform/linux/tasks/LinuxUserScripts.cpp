@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "platform/Bundle.h"
-#include "platform/linux/HomeFolder.h"
+#include "platform/linux/base/HomeFolder.h"
 #include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/tasks/LinuxUserUnixTask.h"
 #include "platform/values/Path.h"

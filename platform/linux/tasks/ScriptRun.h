@@ -10,7 +10,7 @@
 #include "platform/Error.h"
 #include "platform/Pipe.h"
 #include "platform/UserUnixTask.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/tasks/ScriptTurns.h"
 #include "platform/linux/tasks/ScriptWatch.h"
 

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel {
 

@@ -8,7 +8,7 @@
 #include <optional>
 #include <unordered_set>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel {
 

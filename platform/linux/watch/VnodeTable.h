@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/KernelQueue.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/watch/Vnode.h"
 #include "platform/linux/watch/Watches.h"
 #include "platform/linux/watch/Whereabouts.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/bus/BusURLEvents.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/events/EventRunLoop.h"

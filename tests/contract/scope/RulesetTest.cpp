@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <thread>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/scope/LandlockRuleset.h"
 #include "tests/contract/scope/VolumeTest.h"
 #include "tests/support/ChildProcess.h"

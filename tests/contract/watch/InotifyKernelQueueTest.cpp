@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/watch/InotifyKernelQueue.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Deadline.h"

@@ -10,7 +10,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/watch/InotifyKernelQueueFactory.h"
 #include "tests/contract/watch/WatchedFilesystem.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/settings/FileReplacement.h"
+#include "platform/linux/base/FileReplacement.h"
 
 #include <fcntl.h>
 #include <limits.h>
@@ -11,8 +11,8 @@
 #include <cstdio>
 #include <optional>
 
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/settings/FileError.h"
+#include "platform/linux/base/FileDescriptor.h"
+#include "platform/linux/base/FileError.h"
 #include "platform/values/Path.h"
 
 namespace quennel {

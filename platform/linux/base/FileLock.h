@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/base/FileDescriptor.h"
 
 namespace quennel {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/settings/FileLock.h"
+#include "platform/linux/base/FileLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <thread>
 
-#include "platform/linux/settings/FileError.h"
+#include "platform/linux/base/FileError.h"
 
 namespace quennel {
 namespace {
