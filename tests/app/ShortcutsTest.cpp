@@ -1,3 +1,4 @@
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -135,6 +136,55 @@ TEST_F(Action, PressOfAKeyBoundAtLaunchMakesTheFile) {
   launchWith({"Ctrl+Alt+N"});
   press("Ctrl+Alt+N");
   EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(ShortcutTest, KeysAreBoundAgainWhenADesktopAppears) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.serve();
+  EXPECT_EQ(identifiers(), Names{});
+  fakes.hotKeyCenter.startDesktop();
+  fakes.runLoop.serve();
+  EXPECT_EQ(identifiers(), Names{"shortcut0"});
+  press("Ctrl+Alt+N");
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+}
+
+TEST_F(ShortcutTest, KeysThatWereRefusedForWantOfADesktopAreBoundWhenItAppears) {
+  fakes.hotKeyCenter.isAvailable = false;
+  launchWith({"Ctrl+Alt+N"});
+  EXPECT_EQ(identifiers(), Names{});
+  fakes.hotKeyCenter.startDesktop();
+  fakes.runLoop.serve();
+  EXPECT_EQ(identifiers(), Names{"shortcut0"});
+}
+
+TEST_F(ShortcutTest, HelperWhoseKeysAreLostLeavesAsOneWithoutKeys) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.runLoop.advance(std::chrono::minutes(1));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.advance(std::chrono::milliseconds(10'900));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
+  fakes.runLoop.advance(std::chrono::milliseconds(100));
+  EXPECT_TRUE(fakes.runLoop.isTerminating());
+}
+
+TEST_F(ShortcutTest, HelperWhoseKeysComeBackInTimeStays) {
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.advance(std::chrono::seconds(5));
+  fakes.hotKeyCenter.startDesktop();
+  fakes.runLoop.advance(std::chrono::minutes(1));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
+}
+
+TEST_F(ShortcutTest, HelperThatIsToStayStaysWithoutItsKeys) {
+  fakes.sharedDefaults.setObject(true, "runInBackground");
+  launchWith({"Ctrl+Alt+N"});
+  fakes.hotKeyCenter.endDesktop();
+  fakes.runLoop.advance(std::chrono::minutes(1));
+  EXPECT_FALSE(fakes.runLoop.isTerminating());
 }
 
 }  // namespace

@@ -304,7 +304,7 @@ class PressDuringInstallation : public ScriptInstallation {
     second.insert_or_assign("shortcut", "Ctrl+Alt+M");
     templates[1] = second;
     fakes.sharedDefaults.setObject(std::move(templates), "fileTemplates");
-    delegate->bindHotKeys();
+    room.shortcuts.bindHotKeys();
   }
 
   void press() {
