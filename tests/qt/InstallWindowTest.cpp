@@ -2,8 +2,11 @@
 
 #include <QtCore/QMimeData>
 #include <QtGui/QClipboard>
+#include <QtGui/QDrag>
 #include <QtGui/QDropEvent>
 #include <QtGui/QImage>
+#include <QtGui/QMouseEvent>
+#include <QtTest/QTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDialog>
 #include <QtWidgets/QLabel>
@@ -207,6 +210,69 @@ TEST_F(InstallWindow, TheCommandGoesWithTheWindow) {
     controller->dropComplete("/U/net.brellow.QuennelHelper/QuennelHelper.sh");
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+  });
+}
+
+// The icon on its way out.
+
+class IconDrag : public InstallWindow {
+ protected:
+  static void send(QLabel& icon, QEvent::Type type, QPoint place) {
+    const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+    QMouseEvent event(type, place, icon.mapToGlobal(place), button, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&icon, &event);
+  }
+
+  /// Drags the icon by the place at (40, 50) and has a look at the drag, which ends at once without
+  /// a display but is still there. Answers whether there is one.
+  static bool drag(QLabel& icon, const std::function<void(const QDrag&)>& look) {
+    send(icon, QEvent::MouseButtonPress, {40, 50});
+    send(icon, QEvent::MouseMove, {70, 80});
+    const auto* const drag = icon.findChild<QDrag*>();
+    if (drag) {
+      look(*drag);
+    }
+    return drag != nullptr;
+  }
+};
+
+TEST_F(IconDrag, ShowsTheIconHalfTransparent) {
+  show([](QDialog& dialog) {
+    QLabel& icon = label(dialog, "imageView");
+    const QImage whole = icon.pixmap().toImage();
+    const QPoint middle = whole.rect().center();
+    ASSERT_GT(qAlpha(whole.pixel(middle)), 200);
+    EXPECT_TRUE(drag(icon, [&](const QDrag& drag) {
+      EXPECT_EQ(drag.pixmap().size(), icon.pixmap().size());
+      EXPECT_NEAR(qAlpha(drag.pixmap().toImage().pixel(middle)), qAlpha(whole.pixel(middle)) / 2,
+                  2);
+    }));
+  });
+}
+
+TEST_F(IconDrag, HangsAtThePlaceWhereTheIconWasTaken) {
+  show([](QDialog& dialog) {
+    EXPECT_TRUE(drag(label(dialog, "imageView"),
+                     [](const QDrag& drag) { EXPECT_EQ(drag.hotSpot(), QPoint(40, 50)); }));
+  });
+}
+
+TEST_F(IconDrag, OffersACopyAndNothingElse) {
+  show([](QDialog& dialog) {
+    EXPECT_TRUE(drag(label(dialog, "imageView"), [](const QDrag& drag) {
+      EXPECT_EQ(drag.supportedActions(), Qt::DropActions(Qt::CopyAction));
+    }));
+  });
+}
+
+TEST_F(IconDrag, BeginsWithTheFirstClickIntoAnInactiveWindow) {
+  show([](QDialog& dialog) {
+    QDialog other(&dialog);
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    ASSERT_FALSE(dialog.isActiveWindow());
+    EXPECT_TRUE(drag(label(dialog, "imageView"), [](const QDrag&) {}));
   });
 }
 
