@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/linux/bus/BusPropertyList.h"
 #include "platform/linux/bus/BusTypes.h"
@@ -26,15 +28,18 @@ class BusPropertyList : public testing::Test {
     ASSERT_GE(sd_bus_set_address(_connection, _daemon->address().c_str()), 0);
     ASSERT_GE(sd_bus_set_bus_client(_connection, 1), 0);
     ASSERT_GE(sd_bus_start(_connection), 0);
-    sd_bus_message* message = nullptr;
-    ASSERT_GE(sd_bus_message_new_signal(_connection, &message, "/path", "a.b", "C"), 0);
-    _message.reset(message);
+    startMessage();
   }
   void TearDown() override {
     _message.reset();
     sd_bus_flush_close_unref(_connection);
   }
 
+  void startMessage() {
+    sd_bus_message* message = nullptr;
+    ASSERT_GE(sd_bus_message_new_signal(_connection, &message, "/path", "a.b", "C"), 0);
+    _message.reset(message);
+  }
   sd_bus_message* message() { return _message.get(); }
   /// From now on the message is read.
   void seal() { ASSERT_GE(sd_bus_message_seal(message(), 1, 0), 0); }
@@ -105,6 +110,42 @@ TEST_F(BusPropertyList, DatesAreLeftOut) {
 
 TEST_F(BusPropertyList, TextThatIsNotUtf8IsRefused) {
   EXPECT_LT(appendDictionary(message(), {{"key", Array{"\xff"}}}), 0);
+}
+
+/// A text with a character that sd-bus neither writes nor reads, nor reads past, but the bus lets
+/// through.
+void appendUnreadableText(sd_bus_message* message) {
+  constexpr std::string_view noncharacter = "\xEF\xB7\x90";
+  char* space = nullptr;
+  ASSERT_GE(sd_bus_message_append_string_space(message, noncharacter.size(), &space), 0);
+  std::ranges::copy(noncharacter, space);
+}
+
+TEST_F(BusPropertyList, ATextThatCannotBeReadEndsTheReading) {
+  for (const char* const type : {"as", "(s)"}) {
+    SCOPED_TRACE(type);
+    startMessage();
+    ASSERT_GE(sd_bus_message_open_container(message(), type[0] == 'a' ? 'a' : 'r', "s"), 0);
+    appendUnreadableText(message());
+    ASSERT_GE(sd_bus_message_close_container(message()), 0);
+    seal();
+    EXPECT_EQ(readPropertyList(message()), std::nullopt);
+  }
+}
+
+TEST_F(BusPropertyList, EntriesBeforeABrokenOneAreKept) {
+  ASSERT_GE(sd_bus_message_open_container(message(), 'a', "{sv}"), 0);
+  ASSERT_GE(sd_bus_message_append(message(), "{sv}", "before", "i", 1), 0);
+  ASSERT_GE(sd_bus_message_open_container(message(), 'e', "sv"), 0);
+  ASSERT_GE(sd_bus_message_append(message(), "s", "broken"), 0);
+  ASSERT_GE(sd_bus_message_open_container(message(), 'v', "as"), 0);
+  ASSERT_GE(sd_bus_message_open_container(message(), 'a', "s"), 0);
+  appendUnreadableText(message());
+  for (int depth = 0; depth < 4; ++depth) {
+    ASSERT_GE(sd_bus_message_close_container(message()), 0);
+  }
+  seal();
+  EXPECT_EQ(readDictionary(message()), (Dictionary{{"before", 1}}));
 }
 
 }  // namespace

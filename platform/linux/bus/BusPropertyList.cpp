@@ -1,5 +1,6 @@
 #include "platform/linux/bus/BusPropertyList.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -80,119 +81,198 @@ int appendEntry(sd_bus_message* message, const std::string& key, const PropertyL
   return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-template <typename Number>
-std::optional<Number> readNumber(sd_bus_message* message, char type) {
+// What the functions below answer of the next value in a message: 1 when it was read; 0 when it was
+// skipped, because it has no property list form; a negative errno value when it can be neither read
+// nor skipped (a text with a character that the bus does not let through, for instance). Nothing
+// behind a broken value can be reached, so whoever meets one ends there.
+
+int readValue(sd_bus_message* message, PropertyList& value);
+
+/// An operation of sd-bus that ought to have found something answered `result`.
+int brokenBecause(int result) { return result < 0 ? result : -EBADMSG; }
+
+int skip(sd_bus_message* message, const std::string& types) {
+  const int skipped = sd_bus_message_skip(message, types.c_str());
+  return skipped > 0 ? 0 : brokenBecause(skipped);
+}
+
+template <typename Number, typename Stored = Number>
+int readNumber(sd_bus_message* message, char type, PropertyList& value) {
   Number number{};
-  if (sd_bus_message_read_basic(message, type, &number) <= 0) {
-    return std::nullopt;
+  const int read = sd_bus_message_read_basic(message, type, &number);
+  if (read <= 0) {
+    return brokenBecause(read);
   }
-  return number;
+  value = static_cast<Stored>(number);
+  return 1;
 }
 
-template <typename Number>
-std::optional<PropertyList> readInteger(sd_bus_message* message, char type) {
-  const auto number = readNumber<Number>(message, type);
-  return number ? std::optional<PropertyList>(static_cast<std::int64_t>(*number)) : std::nullopt;
+int readBoolean(sd_bus_message* message, PropertyList& value) {
+  int boolean = 0;
+  const int read = sd_bus_message_read_basic(message, SD_BUS_TYPE_BOOLEAN, &boolean);
+  if (read <= 0) {
+    return brokenBecause(read);
+  }
+  value = boolean != 0;
+  return 1;
 }
 
-std::optional<PropertyList> readText(sd_bus_message* message, char type) {
+int readText(sd_bus_message* message, char type, PropertyList& value) {
   const char* text = nullptr;
-  if (sd_bus_message_read_basic(message, type, static_cast<void*>(&text)) <= 0) {
-    return std::nullopt;
+  const int read = sd_bus_message_read_basic(message, type, static_cast<void*>(&text));
+  if (read <= 0) {
+    return brokenBecause(read);
   }
-  return PropertyList(text);
+  value = text;
+  return 1;
 }
 
-std::optional<PropertyList> readData(sd_bus_message* message) {
+int readData(sd_bus_message* message, PropertyList& value) {
   const void* bytes = nullptr;
   std::size_t size = 0;
-  if (sd_bus_message_read_array(message, SD_BUS_TYPE_BYTE, &bytes, &size) < 0) {
-    return std::nullopt;
+  const int read = sd_bus_message_read_array(message, SD_BUS_TYPE_BYTE, &bytes, &size);
+  if (read < 0) {
+    return read;
   }
-  return PropertyList(PropertyList::Data{std::string(static_cast<const char*>(bytes), size)});
+  value = PropertyList::Data{std::string(static_cast<const char*>(bytes), size)};
+  return 1;
 }
 
 /// All that the container of this type holds, one after another.
-std::optional<PropertyList> readElements(sd_bus_message* message, char type, const char* contents) {
+int readElements(sd_bus_message* message, char type, const char* contents, PropertyList& value) {
+  const int entered = sd_bus_message_enter_container(message, type, contents);
+  if (entered <= 0) {
+    return brokenBecause(entered);
+  }
   PropertyList::Array elements;
-  if (sd_bus_message_enter_container(message, type, contents) <= 0) {
-    return std::nullopt;
-  }
-  while (sd_bus_message_at_end(message, 0) == 0) {
-    if (auto element = readPropertyList(message)) {
-      elements.push_back(std::move(*element));
+  int atEnd = 0;
+  while ((atEnd = sd_bus_message_at_end(message, 0)) == 0) {
+    PropertyList element = false;
+    const int read = readValue(message, element);
+    if (read < 0) {
+      return read;
+    }
+    if (read > 0) {
+      elements.push_back(std::move(element));
     }
   }
-  if (sd_bus_message_exit_container(message) < 0) {
-    return std::nullopt;
+  const int exited = atEnd < 0 ? atEnd : sd_bus_message_exit_container(message);
+  if (exited < 0) {
+    return exited;
   }
-  return PropertyList(std::move(elements));
+  value = std::move(elements);
+  return 1;
 }
 
-std::optional<PropertyList> readVariant(sd_bus_message* message, const char* contents) {
-  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, contents) <= 0) {
-    return std::nullopt;
+int readVariant(sd_bus_message* message, const char* contents, PropertyList& value) {
+  const int entered = sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, contents);
+  if (entered <= 0) {
+    return brokenBecause(entered);
   }
-  auto value = readPropertyList(message);
-  return sd_bus_message_exit_container(message) < 0 ? std::nullopt : std::move(value);
+  const int read = readValue(message, value);
+  const int exited = read < 0 ? read : sd_bus_message_exit_container(message);
+  return exited < 0 ? exited : read;
 }
 
-PropertyList::Dictionary readEntries(sd_bus_message* message, const std::string& entry) {
-  PropertyList::Dictionary dictionary;
-  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, ("{" + entry + "}").c_str()) <=
-      0) {
-    return dictionary;
+/// One entry, which has been entered, of a dictionary with texts as keys.
+int readEntry(sd_bus_message* message, PropertyList::Dictionary& dictionary) {
+  const char* key = nullptr;
+  const int keyed =
+      sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, static_cast<void*>(&key));
+  if (keyed <= 0) {
+    return brokenBecause(keyed);
   }
-  while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, entry.c_str()) > 0) {
-    const char* key = nullptr;
-    if (sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, static_cast<void*>(&key)) <= 0) {
-      return dictionary;
-    }
-    if (auto value = readPropertyList(message)) {
-      dictionary.insert_or_assign(key, std::move(*value));
-    }
-    if (sd_bus_message_exit_container(message) < 0) {
-      return dictionary;
-    }
+  PropertyList value = false;
+  const int read = readValue(message, value);
+  if (read > 0) {
+    dictionary.insert_or_assign(key, std::move(value));
   }
-  sd_bus_message_exit_container(message);
-  return dictionary;
+  return read < 0 ? read : sd_bus_message_exit_container(message);
 }
 
-std::optional<PropertyList> readArray(sd_bus_message* message, const std::string& contents) {
+/// `entry` is the types of a key and a value. What stands before a broken entry is kept.
+int readEntries(sd_bus_message* message, const std::string& entry,
+                PropertyList::Dictionary& dictionary) {
+  const int entered =
+      sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, ("{" + entry + "}").c_str());
+  if (entered <= 0) {
+    return brokenBecause(entered);
+  }
+  int found = 0;
+  while ((found = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, entry.c_str())) >
+         0) {
+    const int read = readEntry(message, dictionary);
+    if (read < 0) {
+      return read;
+    }
+  }
+  const int exited = found < 0 ? found : sd_bus_message_exit_container(message);
+  return exited < 0 ? exited : 1;
+}
+
+int readArray(sd_bus_message* message, const std::string& contents, PropertyList& value) {
   if (contents == "y") {
-    return readData(message);
+    return readData(message, value);
   }
   if (contents.starts_with("{s")) {
-    return PropertyList(readEntries(message, contents.substr(1, contents.size() - 2)));
+    PropertyList::Dictionary dictionary;
+    const int read = readEntries(message, contents.substr(1, contents.size() - 2), dictionary);
+    value = std::move(dictionary);
+    return read;
   }
   if (contents.starts_with("{")) {
-    sd_bus_message_skip(message, ("a" + contents).c_str());
-    return std::nullopt;
+    return skip(message, "a" + contents);
   }
-  return readElements(message, SD_BUS_TYPE_ARRAY, contents.c_str());
+  return readElements(message, SD_BUS_TYPE_ARRAY, contents.c_str(), value);
 }
 
-std::optional<PropertyList> readNumberOfType(sd_bus_message* message, char type) {
+int readNumberOfType(sd_bus_message* message, char type, PropertyList& value) {
   switch (type) {
     case SD_BUS_TYPE_BYTE:
-      return readInteger<std::uint8_t>(message, type);
+      return readNumber<std::uint8_t, std::int64_t>(message, type, value);
     case SD_BUS_TYPE_INT16:
-      return readInteger<std::int16_t>(message, type);
+      return readNumber<std::int16_t, std::int64_t>(message, type, value);
     case SD_BUS_TYPE_UINT16:
-      return readInteger<std::uint16_t>(message, type);
+      return readNumber<std::uint16_t, std::int64_t>(message, type, value);
     case SD_BUS_TYPE_INT32:
-      return readInteger<std::int32_t>(message, type);
+      return readNumber<std::int32_t, std::int64_t>(message, type, value);
     case SD_BUS_TYPE_UINT32:
-      return readInteger<std::uint32_t>(message, type);
+      return readNumber<std::uint32_t, std::int64_t>(message, type, value);
     case SD_BUS_TYPE_INT64:
-      return readInteger<std::int64_t>(message, type);
+      return readNumber<std::int64_t>(message, type, value);
     case SD_BUS_TYPE_UINT64:
-      return readNumber<std::uint64_t>(message, type);
+      return readNumber<std::uint64_t>(message, type, value);
     case SD_BUS_TYPE_DOUBLE:
-      return readNumber<double>(message, type);
+      return readNumber<double>(message, type, value);
     default:
-      return std::nullopt;
+      return -EBADMSG;
+  }
+}
+
+int readValue(sd_bus_message* message, PropertyList& value) {
+  char type = 0;
+  const char* contents = nullptr;
+  const int peeked = sd_bus_message_peek_type(message, &type, &contents);
+  if (peeked <= 0) {
+    return brokenBecause(peeked);
+  }
+  switch (type) {
+    case SD_BUS_TYPE_BOOLEAN:
+      return readBoolean(message, value);
+    case SD_BUS_TYPE_STRING:
+    case SD_BUS_TYPE_OBJECT_PATH:
+    case SD_BUS_TYPE_SIGNATURE:
+      return readText(message, type, value);
+    case SD_BUS_TYPE_ARRAY:
+      return readArray(message, contents, value);
+    case SD_BUS_TYPE_STRUCT:
+      return readElements(message, type, contents, value);
+    case SD_BUS_TYPE_VARIANT:
+      return readVariant(message, contents, value);
+    case SD_BUS_TYPE_UNIX_FD:
+      return skip(message, "h");
+    default:
+      return readNumberOfType(message, type, value);
   }
 }
 
@@ -209,36 +289,14 @@ int appendDictionary(sd_bus_message* message, const PropertyList::Dictionary& di
 }
 
 std::optional<PropertyList> readPropertyList(sd_bus_message* message) {
-  char type = 0;
-  const char* contents = nullptr;
-  if (sd_bus_message_peek_type(message, &type, &contents) <= 0) {
-    return std::nullopt;
-  }
-  switch (type) {
-    case SD_BUS_TYPE_BOOLEAN: {
-      const auto boolean = readNumber<int>(message, type);
-      return boolean ? std::optional<PropertyList>(*boolean != 0) : std::nullopt;
-    }
-    case SD_BUS_TYPE_STRING:
-    case SD_BUS_TYPE_OBJECT_PATH:
-    case SD_BUS_TYPE_SIGNATURE:
-      return readText(message, type);
-    case SD_BUS_TYPE_ARRAY:
-      return readArray(message, contents);
-    case SD_BUS_TYPE_STRUCT:
-      return readElements(message, type, contents);
-    case SD_BUS_TYPE_VARIANT:
-      return readVariant(message, contents);
-    case SD_BUS_TYPE_UNIX_FD:
-      sd_bus_message_skip(message, "h");
-      return std::nullopt;
-    default:
-      return readNumberOfType(message, type);
-  }
+  PropertyList value = false;
+  return readValue(message, value) > 0 ? std::optional(std::move(value)) : std::nullopt;
 }
 
 PropertyList::Dictionary readDictionary(sd_bus_message* message) {
-  return readEntries(message, "sv");
+  PropertyList::Dictionary dictionary;
+  readEntries(message, "sv", dictionary);
+  return dictionary;
 }
 
 }  // namespace quennel

@@ -17,12 +17,13 @@ namespace quennel {
 int appendDictionary(sd_bus_message* message, const PropertyList::Dictionary& dictionary);
 
 /// Reads the next value, whatever its type: integers of all sizes, object paths and signatures as
-/// texts, structures as arrays, variants as what they hold. Nothing, and the value skipped, when it
-/// has no property list form (descriptors, dictionaries without text keys) or is broken.
+/// texts, structures as arrays, variants as what they hold. Nothing when it has no property list
+/// form (descriptors, dictionaries without text keys), and is then skipped, or when it is broken:
+/// then nothing that follows in the message can be read.
 std::optional<PropertyList> readPropertyList(sd_bus_message* message);
 
 /// The same for what is known to be an "a{sv}"; entries that have no property list form are left
-/// out.
+/// out, and all from the first broken one on.
 PropertyList::Dictionary readDictionary(sd_bus_message* message);
 
 }  // namespace quennel
