@@ -51,7 +51,9 @@ constexpr auto help =
 /// Everything the helper is made of, in the order in which the parts need each other.
 class Helper {
  public:
-  Helper(EventRunLoop& runLoop, SessionBus& bus, BusURLEvents& urlEvents, BusHotKeyList& hotKeyList)
+  Helper(EventRunLoop& runLoop, SessionBus& bus,
+         BusDistributedNotificationCenter& notificationCenter, BusURLEvents& urlEvents,
+         BusHotKeyList& hotKeyList)
       : _runLoop(runLoop),
         _hotKeyList(hotKeyList),
         _urlEvents(urlEvents),
@@ -59,7 +61,6 @@ class Helper {
         _standardDefaults(PropertyListUserDefaults::pathForDomain(_bundle.bundleIdentifier())),
         _workspace(runLoop, bus),
         _volumeEvents(runLoop),
-        _notificationCenter(bus),
         _userInterface(runLoop, _bundle, _bundle.userInterfaceModulePath()),
         _userScripts(_bundle),
         _hotKeyCenter(runLoop, openHotKeysOfSession(bus, _bundle.bundleIdentifier(),
@@ -76,7 +77,7 @@ class Helper {
                    .volumeEvents = _volumeEvents,
                    .workspaceNotificationCenter = _workspaceNotificationCenter,
                    .kernelQueues = _kernelQueues,
-                   .distributedNotificationCenter = _notificationCenter,
+                   .distributedNotificationCenter = notificationCenter,
                    .urlEvents = urlEvents,
                    .userInterface = _userInterface,
                    .userScripts = _userScripts,
@@ -134,7 +135,6 @@ class Helper {
   LocalNotificationCenter _workspaceNotificationCenter;
   InotifyKernelQueueFactory _kernelQueues;
   MountTableEvents _volumeEvents;
-  BusDistributedNotificationCenter _notificationCenter;
   LazyUserInterface _userInterface;
   LinuxUserScripts _userScripts;
   DesktopHotKeyCenter _hotKeyCenter;
@@ -155,11 +155,15 @@ std::optional<Succession> serve(const std::vector<std::string>& urls) {
   SessionBus bus(runLoop);
   BusHotKeyList hotKeyList(bus);
   BusURLEvents urlEvents(bus);
+  // A command may be sent to the helper as soon as it has its name.
+  BusDistributedNotificationCenter notificationCenter(bus);
+  notificationCenter.listen(BusURLEvents::busName);
+  notificationCenter.listen(sharedSuiteName);
   const auto role = urlEvents.claim(urls);
   if (role == BusURLEvents::Role::HandedOver || role == BusURLEvents::Role::Terminated) {
     return std::nullopt;
   }
-  Helper helper(runLoop, bus, urlEvents, hotKeyList);
+  Helper helper(runLoop, bus, notificationCenter, urlEvents, hotKeyList);
   helper.run();
   for (const auto& url : urlEvents.release()) {
     helper.handleLate(url);

@@ -90,6 +90,25 @@ TEST_F(SessionBusTest, NotificationsThatNobodyObservesDoNotEvenReachTheProcess) 
   EXPECT_EQ(reached, 1);
 }
 
+TEST_F(SessionBusTest, WhatIsPostedBetweenListeningAndTheFirstObserverReachesIt) {
+  BusDistributedNotificationCenter center(*_bus);
+  BusDistributedNotificationCenter otherCenter(*_otherBus);
+  center.listen("name");
+  makeRoundTrip(*_bus);
+  for (const auto* const object : {"first", "second"}) {
+    otherCenter.postNotification({"name", object, {}}, true);
+  }
+  makeRoundTrip(*_otherBus);
+  makeRoundTrip(*_bus);
+  ASSERT_TRUE(_runLoop.serve());
+  auto observer = center.addObserver("name", record());
+  EXPECT_TRUE(_received.empty()) << "they come through the main queue";
+  ASSERT_TRUE(runUntil([&] { return _received.size() == 2; }));
+  otherCenter.postNotification({"name", "third", {}}, true);
+  ASSERT_TRUE(runUntil([&] { return _received.size() == 3; }));
+  EXPECT_EQ(_received, (std::vector<std::string>{"first", "second", "third"}));
+}
+
 TEST_F(SessionBusTest, IsClosedOnceTheBusIsGoneAndStaysUsable) {
   makeRoundTrip(*_bus);
   EXPECT_TRUE(_bus->isOpen());

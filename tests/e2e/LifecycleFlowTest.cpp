@@ -139,6 +139,19 @@ TEST_F(LifecycleFlow, TheQuitCommandEndsTheHelper) {
   EXPECT_EQ(helper.wait(), 0);
 }
 
+TEST_F(LifecycleFlow, TheQuitCommandIsNeverLostHoweverEarlyItComes) {
+  // Its own check would end the helper after eleven seconds.
+  set("runInBackground", true);
+  for (int round = 0; round < 40; ++round) {
+    Process helper = startHelper();
+    while (!ownsName()) {
+    }
+    command("quit");
+    ASSERT_TRUE(eventually([&] { return !helper.isRunning(); })) << "in round " << round;
+    EXPECT_EQ(helper.wait(), 0);
+  }
+}
+
 TEST_F(LifecycleFlow, ASignalToEndIsObeyedCleanly) {
   Process helper = startReadyHelper();
   EXPECT_EQ(helper.terminate(), 0);

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/bus/BusPropertyList.h"
 #include "platform/linux/bus/BusTypes.h"
@@ -36,12 +37,11 @@ std::string matchRule(const std::string& name) {
   return rule;
 }
 
-class Observer final : public Registration {
+}  // namespace
+
+class BusDistributedNotificationCenter::Observer final : public Registration {
  public:
-  Observer(RunLoop& runLoop, const std::string& name, Notification::Handler handler)
-      : _runLoop(runLoop),
-        _name(name),
-        _handler(std::make_shared<Notification::Handler>(std::move(handler))) {}
+  Observer(RunLoop& runLoop, std::string name) : _runLoop(runLoop), _name(std::move(name)) {}
 
   void observe(sd_bus* connection) {
     const auto receive = [](sd_bus_message* message, void* self, sd_bus_error*) {
@@ -57,33 +57,64 @@ class Observer final : public Registration {
     }
   }
 
+  void setHandler(Notification::Handler handler) {
+    _handler = std::make_shared<Notification::Handler>(std::move(handler));
+    for (auto& notification : std::exchange(_kept, {})) {
+      deliver(std::move(notification));
+    }
+  }
+
  private:
   void receive(sd_bus_message* message) {
     auto notification = readNotification(message);
     if (!notification || notification->name != _name) {
       return;
     }
-    _runLoop.dispatchAsync([observer = std::weak_ptr(_handler), received = *notification] {
-      if (const auto handler = observer.lock()) {
-        (*handler)(received);
-      }
-    });
+    if (_handler) {
+      deliver(std::move(*notification));
+    } else {
+      _kept.push_back(std::move(*notification));
+    }
+  }
+
+  void deliver(Notification notification) {
+    _runLoop.dispatchAsync(
+        [observer = std::weak_ptr(_handler), received = std::move(notification)] {
+          if (const auto handler = observer.lock()) {
+            (*handler)(received);
+          }
+        });
   }
 
   RunLoop& _runLoop;
   std::string _name;
   std::shared_ptr<Notification::Handler> _handler;  // work that is still queued looks if it lives
+  std::vector<Notification> _kept;                  // while there is no handler
   BusSlot _match;
 };
 
-}  // namespace
+BusDistributedNotificationCenter::BusDistributedNotificationCenter(SessionBus& bus) : _bus(bus) {}
 
-std::unique_ptr<Registration> BusDistributedNotificationCenter::addObserver(
-    const std::string& name, Notification::Handler handler) {
-  auto observer = std::make_unique<Observer>(_bus.runLoop(), name, std::move(handler));
+BusDistributedNotificationCenter::~BusDistributedNotificationCenter() = default;
+
+std::unique_ptr<BusDistributedNotificationCenter::Observer>
+BusDistributedNotificationCenter::observe(const std::string& name) {
+  auto observer = std::make_unique<Observer>(_bus.runLoop(), name);
   if (_bus.isOpen()) {
     observer->observe(_bus.connection());
   }
+  return observer;
+}
+
+void BusDistributedNotificationCenter::listen(const std::string& name) {
+  _listening.try_emplace(name, observe(name));
+}
+
+std::unique_ptr<Registration> BusDistributedNotificationCenter::addObserver(
+    const std::string& name, Notification::Handler handler) {
+  auto listening = _listening.extract(name);
+  auto observer = listening ? std::move(listening.mapped()) : observe(name);
+  observer->setHandler(std::move(handler));
   return observer;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 
@@ -22,14 +23,25 @@ class BusDistributedNotificationCenter final : public DistributedNotificationCen
   static constexpr auto signalName = "Posted";
 
   /// The bus is not owned and outlives this object and its observers.
-  explicit BusDistributedNotificationCenter(SessionBus& bus) : _bus(bus) {}
+  explicit BusDistributedNotificationCenter(SessionBus& bus);
+  ~BusDistributedNotificationCenter() override;
+
+  /// From now on keeps the notifications of that name for the observer that is added first. What
+  /// the bus is sent after this call, it deals with after it: a program that listens before it
+  /// claims a name misses nothing that is meant for the owner of the name.
+  void listen(const std::string& name);
 
   [[nodiscard]] std::unique_ptr<Registration> addObserver(const std::string& name,
                                                           Notification::Handler handler) override;
   void postNotification(const Notification& notification, bool deliverImmediately) override;
 
  private:
+  class Observer;
+
+  std::unique_ptr<Observer> observe(const std::string& name);
+
   SessionBus& _bus;
+  std::map<std::string, std::unique_ptr<Observer>> _listening;
 };
 
 }  // namespace quennel
