@@ -36,6 +36,9 @@ void BegunPanels::begin(const std::shared_ptr<QtApplication>& application, const
 }
 
 void BegunPanels::serve() {
+  if (QThread::currentThread()->loopLevel() == 0) {
+    _closed.clear();
+  }
   if (!_panels.empty() && QThread::currentThread()->loopLevel() == 0) {
     _runLoop.dispatchAsync([this] { run(); });
   }
@@ -53,14 +56,19 @@ void BegunPanels::run() {
     loop.exec();
   }
   _loop = nullptr;
+  _closed.clear();
 }
 
+/// Called in the middle of the dialog's own signal.
 void BegunPanels::finish(const std::shared_ptr<Begun>& begun) {
   _panels.remove(begun);
+  // Work that a terminating run loop refuses is destroyed at once; the dialog must not go with it.
+  _closed.push_back(begun);
   if (_panels.empty() && _loop) {
     _loop->quit();
   }
-  _runLoop.dispatchAsync([entry = begun]() mutable {
+  _runLoop.dispatchAsync([this, entry = begun]() mutable {
+    _closed.remove(entry);
     const auto choice = entry->dialog.choice();
     const auto completion = std::move(entry->completion);
     entry.reset();

@@ -37,6 +37,9 @@ class BegunPanels {
 
   RunLoop& _runLoop;
   std::list<std::shared_ptr<Begun>> _panels;
+  /// Those that have closed, kept until no event loop is left inside of which their signals, and
+  /// the application object's, may still be under way.
+  std::list<std::shared_ptr<Begun>> _closed;
   QEventLoop* _loop = nullptr;
 };
 

@@ -86,9 +86,13 @@ void QtApplication::activate() {
 }
 
 void QtApplication::serveMainQueue() {
-  if (!_runLoop.serve()) {
-    dismissEverything();
+  if (_runLoop.serve()) {
+    return;
   }
+  dismissEverything();
+  // When this is called because an event loop is about to wait, and that loop has just been told to
+  // end, by now or by the loops inside of it that have ended meanwhile, it would wait all the same.
+  QAbstractEventDispatcher::instance()->wakeUp();
 }
 
 void QtApplication::installTranslations() {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QtCore/QFile>
 #include <QtCore/QLibraryInfo>
@@ -8,6 +9,8 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
+#include <chrono>
+#include <csignal>
 #include <functional>
 #include <string>
 #include <vector>
@@ -19,6 +22,8 @@
 
 namespace quennel::test {
 namespace {
+
+using std::chrono::milliseconds;
 
 QMessageBox* shownAlert() { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); }
 
@@ -180,6 +185,60 @@ TEST_F(AlertPanel, TheApplicationObjectGoesAfterTheLastAlert) {
   });
   EXPECT_EQ(QCoreApplication::instance(), nullptr);
 }
+
+/// How the end of the program is asked for while that many alerts, panels and open panels that
+/// nobody waits for are stacked.
+struct EndOfStack {
+  int depth;
+  enum { ByWork, BySignal } request;
+};
+
+class StackedPanels : public AlertPanel, public testing::WithParamInterface<EndOfStack> {
+ protected:
+  void showOneMore(int left) {
+    loop.dispatchAsync([this, left] { left > 1 ? showOneMore(left - 1) : askForTheEnd(); });
+    const OpenPanel panel{.title = "Panel", .message = {}, .prompt = {}, .directory = "/"};
+    if (left % 3 == 0) {
+      userInterface.beginOpenPanel(panel, [](const auto&) { FAIL() << "nothing was chosen"; });
+    }
+    if (left % 2 == 0) {
+      userInterface.runModalOpenPanel(panel);
+    } else {
+      userInterface.runModal({"Title!", {}, {}, {}});
+    }
+    ++closedCount;
+  }
+
+  void askForTheEnd() {
+    if (GetParam().request == EndOfStack::ByWork) {
+      loop.terminate();
+    } else {
+      // Everything waits when it arrives.
+      loop.dispatchAfter(milliseconds(50), [] { ASSERT_EQ(kill(getpid(), SIGTERM), 0); });
+    }
+  }
+
+  int closedCount = 0;
+};
+
+TEST_P(StackedPanels, AllCloseWhenTheProgramIsToEnd) {
+  loop.dispatchAsync([this] { showOneMore(GetParam().depth); });
+  loop.run();
+  EXPECT_EQ(closedCount, GetParam().depth);
+  EXPECT_EQ(QCoreApplication::instance(), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Depths, StackedPanels,
+    testing::Values(EndOfStack{1, EndOfStack::ByWork}, EndOfStack{2, EndOfStack::ByWork},
+                    EndOfStack{3, EndOfStack::ByWork}, EndOfStack{4, EndOfStack::ByWork},
+                    EndOfStack{9, EndOfStack::ByWork}, EndOfStack{1, EndOfStack::BySignal},
+                    EndOfStack{2, EndOfStack::BySignal}, EndOfStack{3, EndOfStack::BySignal},
+                    EndOfStack{4, EndOfStack::BySignal}, EndOfStack{9, EndOfStack::BySignal}),
+    [](const auto& instance) {
+      const bool bySignal = instance.param.request == EndOfStack::BySignal;
+      return std::to_string(instance.param.depth) + (bySignal ? "BySignal" : "ByWork");
+    });
 
 TEST_F(AlertPanel, ActivatingBringsTheAlertToTheFront) {
   show({"Title!", {}, {}, {}}, [&](QMessageBox& box) {

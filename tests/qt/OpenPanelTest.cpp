@@ -291,6 +291,36 @@ TEST_F(OpenPanelOnScreen, TerminatingClosesThePanelAndItDoesNotAnswer) {
   EXPECT_EQ(shownPanel(), nullptr) << "nothing is shown any more";
 }
 
+TEST_F(OpenPanelOnScreen, TerminatingDoesNotDestroyThePanelInsideItsOwnSignal) {
+  bool isThereAfterItsSignal = false;
+  loop.dispatchAsync([&] {
+    begin(panel(folder("Work")));
+    QFileDialog* const dialog = shownPanel();
+    // Connected last, so called last: never, if the dialog has been destroyed by then.
+    QObject::connect(dialog, &QDialog::finished, dialog, [&] { isThereAfterItsSignal = true; });
+    loop.dispatchAfter(milliseconds(20), [&] { loop.terminate(); });
+  });
+  loop.run();
+  EXPECT_TRUE(isThereAfterItsSignal);
+  EXPECT_EQ(QCoreApplication::instance(), nullptr) << "it goes all the same";
+}
+
+TEST_F(OpenPanelOnScreen, TerminatingDuringAnAlertDoesNotDestroyThePanelInsideItsOwnSignal) {
+  bool isThereAfterItsSignal = false;
+  loop.dispatchAsync([&] {
+    loop.dispatchAfter(milliseconds(20), [&] {
+      begin(panel(folder("Work")));
+      QFileDialog* const dialog = shownPanel();
+      QObject::connect(dialog, &QDialog::finished, dialog, [&] { isThereAfterItsSignal = true; });
+      loop.terminate();
+    });
+    userInterface.runModal({"Title!", {}, {}, {}});
+    EXPECT_EQ(QCoreApplication::instance(), nullptr) << "it goes all the same";
+  });
+  loop.run();
+  EXPECT_TRUE(isThereAfterItsSignal);
+}
+
 TEST_F(OpenPanelOnScreen, TheTokenOfTheRequestIsOfferedOnceAndNotInherited) {
   userInterface.setActivationToken("token");
   run(panel(folder("Work")),
