@@ -1,9 +1,12 @@
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "settings/SharedSettings.h"
 #include "tests/app/AppDelegateTest.h"
+#include "tests/support/Deadline.h"
+#include "tests/support/FakePlatform.h"
 
 namespace quennel::test {
 namespace {
@@ -179,6 +182,64 @@ TEST_F(Lifecycle, AUrlThatArrivesBeforeLaunchingFinishesIsNotLost) {
   EXPECT_TRUE(exists("/d/untitled.txt"));
 }
 
+/// With a grant in the defaults and a key in the settings, and a look at what stands while the one
+/// is started and the other registered.
+class StartUp : public AppDelegateTest {
+ protected:
+  StartUp() {
+    fakes.securityScope.addFolder("/granted");
+    const auto token = fakes.securityScope.bookmarkDataForPath("/granted").value();
+    const PropertyList::Dictionary grant{{"path", "/granted"}, {"bookmarkData", token}};
+    fakes.mainBundle.resources["Defaults.plist"] = "/share/Defaults.plist";
+    fakes.mainBundle.propertyLists["/share/Defaults.plist"] = {
+        {"authorizedDirs", PropertyList::Array{grant}}};
+    auto record = templateRecord("untitled", "txt");
+    record.insert_or_assign("shortcut", "Ctrl+Alt+N");
+    fakes.sharedDefaults.setObject(PropertyList::Array{record}, "fileTemplates");
+  }
+};
+
+TEST_F(StartUp, StartsAccessOnceTheDefaultsAreRegisteredAndEveryObserverStands) {
+  int count = 0;
+  fakes.securityScope.whileStarting = [&] {
+    ++count;
+    EXPECT_EQ(fakes.distributedNotificationCenter.observerCount(), 2u);
+    EXPECT_EQ(fakes.volumeEvents.observerCount(), 1u);
+    EXPECT_FALSE(fakes.urlEvents.hasEventHandler());
+  };
+  launch();
+  EXPECT_EQ(count, 1) << "the defaults grant a folder";
+  EXPECT_EQ(delegate->openedURLs().count("/granted"), 1u);
+}
+
+TEST_F(StartUp, ObservesTheHelpersOwnNameFirstAndThenThatOfTheSuite) {
+  launch();
+  EXPECT_EQ(fakes.distributedNotificationCenter.observedNames,
+            (std::vector<std::string>{helperName, sharedSuiteName}));
+}
+
+TEST_F(StartUp, TakesUrlsBeforeItFinishesLaunching) {
+  delegate = std::make_unique<AppDelegate>(platformOf(fakes));
+  EXPECT_FALSE(fakes.urlEvents.hasEventHandler());
+  delegate->applicationWillFinishLaunching();
+  EXPECT_TRUE(fakes.urlEvents.hasEventHandler());
+  EXPECT_TRUE(fakes.hotKeyCenter.allHotKeys().empty());
+}
+
+TEST_F(StartUp, BindsTheKeysThenArmsTheCheckThenWatchesTheExecutable) {
+  std::vector<std::string> order;
+  fakes.hotKeyCenter.whileRegistering = [&] {
+    EXPECT_EQ(fakes.runLoop.pendingCount(), 0u) << "the check is armed";
+    order.emplace_back("key");
+  };
+  fakes.kernelQueues.whileAsked = [&] {
+    EXPECT_EQ(fakes.runLoop.pendingCount(), 1u) << "the check is not armed";
+    order.emplace_back("watch");
+  };
+  launch();
+  EXPECT_EQ(order, (std::vector<std::string>{"key", "watch"}));
+}
+
 /// With an executable whose fate is the test's to decide.
 class SelfWatch : public AppDelegateTest {
  protected:
@@ -249,6 +310,16 @@ TEST_F(SelfWatch, TerminationStopsTheWatching) {
   launch();
   fakes.runLoop.terminate();
   EXPECT_EQ(kernel().openDescriptorCount(), 0u);
+}
+
+TEST_F(SelfWatch, WhatTheWatcherHasSeenBeforeTheEndIsToldToNobodyAfterIt) {
+  launch();
+  const auto pending = fakes.runLoop.pendingCount();
+  kernel().touch(executable, NOTE_WRITE);
+  ASSERT_TRUE(eventually([&] { return fakes.runLoop.pendingCount() > pending; }));
+  delegate->applicationWillTerminate();
+  fakes.runLoop.runUntilIdle();
+  EXPECT_FALSE(terminated());
 }
 
 TEST_F(SelfWatch, WithoutAKernelQueueTheHelperServesUnwatched) {

@@ -87,6 +87,19 @@ TEST_F(DirectCreation, CopyExecuteBitsDateRevealSoundAndOpenFollowInThatOrder) {
   EXPECT_EQ(fakes.workspace.opened.front(), "/d/untitled.txt");
 }
 
+TEST_F(DirectCreation, EachSwitchIsReadWhenItsTurnComes) {
+  fakes.log.during = [this](const std::string& call) {
+    const auto set = [this](const char* key, bool on) { fakes.sharedDefaults.setObject(on, key); };
+    call == "copyItemAtPath" ? set("showFileOnCreation", true) : void();
+    call == "reveal" ? set("playSound", true) : void();
+    call == "sound" ? set("openFileOnCreation", true) : void();
+  };
+  make(templateRecord("untitled", "txt"));
+  EXPECT_EQ(fakes.log.calls(),
+            (std::vector<std::string>{"copyItemAtPath", "setAttributes", "setAttributes", "reveal",
+                                      "sound", "open"}));
+}
+
 TEST_F(DirectCreation, NothingFollowsThatIsNotSwitchedOn) {
   make(templateRecord("untitled", "txt"));
   EXPECT_EQ(fakes.log.calls(),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,7 +9,15 @@ namespace quennel::test {
 /// The order of calls across several fakes.
 class CallLog {
  public:
-  void add(const std::string& call) { _calls.push_back(call); }
+  /// What happens during each call.
+  std::function<void(const std::string& call)> during;
+
+  void add(const std::string& call) {
+    _calls.push_back(call);
+    if (during) {
+      during(call);
+    }
+  }
   const std::vector<std::string>& calls() const { return _calls; }
 
  private:

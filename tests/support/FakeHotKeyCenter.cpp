@@ -74,6 +74,9 @@ void FakeHotKeyCenter::tellObservers(Handler Observer::*handler) {
 }
 
 bool FakeHotKeyCenter::registerHotKey(std::shared_ptr<const PTHotKey> hotKey, Error* error) {
+  if (whileRegistering) {
+    whileRegistering();
+  }
   const auto combination = KeyCombination::fromPropertyList(hotKey->keyCombo());
   if (!combination) {
     return refuse(error, EINVAL);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ class FakeHotKeyCenter : public PTHotKeyCenter {
 
   /// Whether the desktop has system-wide keys at all.
   bool isAvailable = true;
+
+  /// What happens during each `registerHotKey`.
+  std::function<void()> whileRegistering;
 
   /// The user presses the combination: what it sends is queued. A text that is no accelerator is a
   /// mistake in the test and throws.

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -81,10 +82,18 @@ class FakeKernelQueueFactory final : public KernelQueueFactory {
   /// Whether the system has no queue left.
   bool refuses = false;
 
+  /// What happens while a queue is asked for.
+  std::function<void()> whileAsked;
+
   /// The queue that every call answers.
   FakeKernelQueue& queue() { return *_queue; }
 
-  std::shared_ptr<KernelQueue> kqueue() override { return refuses ? nullptr : _queue; }
+  std::shared_ptr<KernelQueue> kqueue() override {
+    if (whileAsked) {
+      whileAsked();
+    }
+    return refuses ? nullptr : _queue;
+  }
 
  private:
   std::shared_ptr<FakeKernelQueue> _queue = std::make_shared<FakeKernelQueue>();

@@ -57,6 +57,9 @@ std::optional<std::string> FakeSecurityScope::pathByResolvingBookmarkData(
 
 bool FakeSecurityScope::startAccessing(const std::string& path) {
   started.push_back(path);
+  if (whileStarting) {
+    whileStarting();
+  }
   if (refusesToStart || !_resolved.contains(path)) {
     return false;
   }

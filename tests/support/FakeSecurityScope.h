@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -20,6 +21,8 @@ class FakeSecurityScope : public SecurityScope {
   std::vector<std::string> stopped;
   /// Every `startAccessing` fails, as it may on a platform that refuses.
   bool refusesToStart = false;
+  /// What happens during each `startAccessing`.
+  std::function<void()> whileStarting;
   /// The panels' answers.
   std::vector<std::pair<std::string, Extent>> allowed;
   /// Folders that no token can be made for.

@@ -212,6 +212,17 @@ TEST_F(AVDKQueue, StartsItsThreadOnceWithTheFirstPathThatCanBeWatched) {
   EXPECT_EQ(_startedThreads, 1);
 }
 
+TEST_F(AVDKQueue, RegistersAPathBeforeItStartsItsThread) {
+  std::size_t registered = 0;
+  const auto startThread = [&](const VDKQueue::ThreadBody&) {
+    registered = _kernel.changes().size();
+    return true;
+  };
+  const auto watcher = VDKQueue::create({_factory, _runLoop, _workspace, _center}, startThread);
+  watcher->addPath("/file");
+  EXPECT_EQ(registered, 1U);
+}
+
 TEST_F(AVDKQueue, TriesAgainWithTheNextPathWhenThereWasNoThreadToBeHad) {
   _hasThreads = false;
   _watcher->addPath("/file");
