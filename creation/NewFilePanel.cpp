@@ -49,7 +49,12 @@ void NewFilePanel::showNewFilePanel(const std::optional<std::string>& dir,
   chooser.setDestDir(*dir);
   panel->setAccessoryView(chooser.view());
   _services.userInterface.activateIgnoringOtherApps();
-  if (panel->runModal() != ModalResponse::OK) {
+  const ModalResponse response = panel->runModal();
+  if (response == ModalResponse::Abort) {
+    _services.panelCount.lower();
+    return;
+  }
+  if (response != ModalResponse::OK) {
     // The count stays raised: after a cancelled panel the helper does not leave by itself.
     return;
   }

@@ -12,7 +12,8 @@ class PopUpButton;
 enum class PanelLevel { Normal = 0, AboveOthers = 1 };
 
 /// How a panel ended; the numbers are those of the platform that the flows were written for.
-enum class ModalResponse { Cancel = 0, OK = 1 };
+/// Aborted is one that could not be shown.
+enum class ModalResponse { Abort = -1001, Cancel = 0, OK = 1 };
 
 /// A panel in which the user names a file that is to be made, and chooses its folder. Everything
 /// but the level can be set while it is shown, too. Main thread only.
@@ -43,8 +44,8 @@ class SavePanel {
   virtual void setAccessoryView(PopUpButton& view) = 0;
 
   /// Shows the panel until the user answers it, and serves the main queue meanwhile. The user has
-  /// agreed to replace what exists at the path. Cancelled when nothing can be shown and when the
-  /// run loop terminates.
+  /// agreed to replace what exists at the path. Aborted when nothing can be shown, cancelled when
+  /// the run loop terminates.
   virtual ModalResponse runModal() = 0;
 
   /// The path of the file, after the answer OK: absolute, with the extension.

@@ -302,6 +302,33 @@ TEST_F(NewFilePanel, IsCountedWhileItIsOpenAndNoLongerWhenTheFileIsMade) {
   EXPECT_EQ(room.panelCount.value(), 0);
 }
 
+TEST_F(NewFilePanel, IsCountedUntilTheNewFileHasBeenShownAndOpened) {
+  for (const char* const key : {"openFileOnCreation", "playSound", "showFileOnCreation"}) {
+    fakes.sharedDefaults.setObject(true, key);
+  }
+  std::vector<std::string> counted;
+  fakes.log.during = [&](const std::string& call) {
+    if (delegate->panelCount() == 1) {
+      counted.push_back(call);
+    }
+  };
+  show(templateRecord("untitled", "txt"));
+  ASSERT_GE(counted.size(), 3u);
+  EXPECT_EQ(std::vector(counted.end() - 3, counted.end()),
+            (std::vector<std::string>{"reveal", "sound", "open"}));
+  EXPECT_EQ(delegate->panelCount(), 0);
+}
+
+TEST_F(NewFilePanel, OneThatCouldNotBeShownDoesNotKeepTheHelper) {
+  answer([](FakeSavePanel&) { return ModalResponse::Abort; });
+  launch();
+  open("quennel:///d?0");
+  EXPECT_FALSE(exists("/d/untitled.txt"));
+  EXPECT_EQ(delegate->panelCount(), 0);
+  fakes.runLoop.advance(11s);
+  EXPECT_TRUE(terminated());
+}
+
 TEST_F(NewFilePanel, CancellingMakesNothingAndLeavesItCounted) {
   answer([](FakeSavePanel&) { return ModalResponse::Cancel; });
   show(templateRecord("untitled", "txt"));

@@ -6,7 +6,7 @@
 namespace quennel {
 
 /// A save panel where nothing can be shown: it writes "title (folder)" to standard error and is
-/// cancelled at once.
+/// aborted at once.
 class DismissedSavePanel : public SavePanel {
  public:
   void setTitle(const std::string& title) override { _title = title; }

@@ -25,7 +25,7 @@ std::optional<std::string> runOnStandardError(const OpenPanel& panel) {
 
 ModalResponse runOnStandardError(const std::string& title, const std::string& directory) {
   std::fprintf(stderr, "%s (%s)\n", title.c_str(), directory.c_str());
-  return ModalResponse::Cancel;
+  return ModalResponse::Abort;
 }
 
 }  // namespace quennel

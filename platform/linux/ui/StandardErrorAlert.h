@@ -19,7 +19,7 @@ int runOnStandardError(const Alert& alert);
 std::optional<std::string> runOnStandardError(const OpenPanel& panel);
 
 /// A save panel where nothing can be shown: writes "title (folder)" to standard error and is
-/// cancelled.
+/// aborted.
 ModalResponse runOnStandardError(const std::string& title, const std::string& directory);
 
 }  // namespace quennel

@@ -159,7 +159,7 @@ TYPED_TEST(SavePanelContract, TheAccessoryChangesThePanelWhileItIsShown) {
   EXPECT_EQ(button.selectedItem()->representedObject, PropertyList("md"));
 }
 
-TEST(SavePanel, IsCancelledWhereNothingCanBeShown) {
+TEST(SavePanel, IsAbortedWhereNothingCanBeShown) {
   const FreshSession session;
   EventRunLoop loop;
   const FakeBundle bundle;
@@ -169,7 +169,7 @@ TEST(SavePanel, IsCancelledWhereNothingCanBeShown) {
     panel->setTitle(title);
     panel->setDirectoryURL("/folder");
     testing::internal::CaptureStderr();
-    EXPECT_EQ(panel->runModal(), ModalResponse::Cancel);
+    EXPECT_EQ(panel->runModal(), ModalResponse::Abort);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "New Text File (/folder)\n");
   }
 }
