@@ -1,11 +1,14 @@
 #include <malloc.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "app/AppDelegate.h"
@@ -31,6 +34,7 @@
 #include "platform/linux/tasks/LinuxUserScripts.h"
 #include "platform/linux/ui/LazyUserInterface.h"
 #include "platform/linux/watch/InotifyKernelQueueFactory.h"
+#include "platform/values/URL.h"
 #include "settings/SharedSettings.h"
 
 namespace quennel {
@@ -211,15 +215,31 @@ std::optional<int> statusForOption(const std::string& option) {
   return std::nullopt;
 }
 
+/// A relative path means a folder below the one in which the program was started.
+void resolveRelativePaths(std::vector<std::string>& urls) {
+  std::error_code error;
+  const std::string folder = std::filesystem::current_path(error);
+  if (error) {
+    return;
+  }
+  for (auto& url : urls) {
+    url = resolvingRelativePath(url, folder);
+  }
+}
+
 int main(int argc, char** argv) {
   // Threads come for a moment, one at a time: heaps of their own would only take time and memory.
   mallopt(M_ARENA_MAX, 1);
   const bool opens = argc > 1 && std::strcmp(argv[1], "--open") == 0;
-  const std::vector<std::string> arguments(argv + (opens ? 2 : 1), argv + argc);
+  std::vector<std::string> arguments(argv + (opens ? 2 : 1), argv + argc);
   for (const auto& argument : arguments) {
     if (const auto status = statusForOption(argument)) {
       return *status;
     }
+  }
+  resolveRelativePaths(arguments);
+  if (chdir("/") != 0) {  // any other folder would keep its volume from being unmounted
+    std::perror("quennelhelper: /");
   }
   try {
     if (opens) {

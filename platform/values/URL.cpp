@@ -261,6 +261,14 @@ std::string escapingInvalidCharacters(std::string_view string) {
   return result;
 }
 
+std::string resolvingRelativePath(std::string_view reference, std::string_view folder) {
+  const Parts parts = split(reference);
+  if (parts.scheme || parts.authority || parts.path.empty() || parts.path.starts_with('/')) {
+    return std::string(reference);
+  }
+  return escaped(folder, inPath, Percent::IsPlainText).append("/").append(reference);
+}
+
 std::string fileURL(std::string_view path) {
   return "file://" + escaped(path, inPath, Percent::IsPlainText);
 }

@@ -38,6 +38,10 @@ class URL {
 /// string that is one already comes back unchanged.
 std::string escapingInvalidCharacters(std::string_view string);
 
+/// `reference`, which need not be a valid URL; where it is a relative path, that path below the
+/// folder, an absolute path. An empty path stays empty.
+std::string resolvingRelativePath(std::string_view reference, std::string_view folder);
+
 /// "file://" and the absolute path, with everything escaped that is no plain part of a path.
 std::string fileURL(std::string_view path);
 

@@ -10,6 +10,7 @@
 #include "platform/linux/processes/ProgramLauncher.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Deadline.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -57,6 +58,18 @@ TEST(ProgramLauncherInAProcessOfItsOwn, LeavesNoZombies) {
 TEST_F(ProgramLauncherTest, AProgramThatCannotBeStartedIsReported) {
   EXPECT_FALSE(_launcher.start({"/no/such/program"}));
   EXPECT_EQ(_launcher.runningCount(), 0u);
+}
+
+TEST_F(ProgramLauncherTest, AProgramStartsInTheHomeFolder) {
+  const EnvironmentVariable home("HOME", _folder.path());
+  EXPECT_EQ(runAndRead("pwd -P"), _folder.path() + "\n");
+}
+
+TEST_F(ProgramLauncherTest, AHomeFolderThatIsNotThereKeepsNoProgramFromStarting) {
+  for (const char* const path : {"/no/such/folder", "relative", ""}) {
+    const EnvironmentVariable home("HOME", path);
+    EXPECT_EQ(runAndRead("echo started"), "started\n");
+  }
 }
 
 TEST_F(ProgramLauncherTest, AProgramSeesNoDescriptorOfTheHelper) {

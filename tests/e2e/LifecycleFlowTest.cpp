@@ -25,6 +25,15 @@ TEST_F(LifecycleFlow, AUrlAsAnArgumentIsServed) {
   EXPECT_TRUE(eventuallyExists(in("script.sh")));
 }
 
+TEST_F(LifecycleFlow, TheHelperLeavesTheFolderInWhichItWasStartedButKnowsWhatIsMeantBelowIt) {
+  std::filesystem::create_directory(in("100% mine"));
+  Process helper(
+      {"sh", "-c", R"(cd "$1" && exec "$2" "100% mine?0")", "sh", folder(), QUENNEL_HELPER},
+      environment());
+  EXPECT_TRUE(eventuallyExists(in("100% mine/note.txt"))) << helper.errorOutput();
+  EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(helper.pid()) + "/cwd"), "/");
+}
+
 TEST_F(LifecycleFlow, ASecondHelperHandsItsUrlsToTheFirstAndLeaves) {
   Process first = startReadyHelper();
   Process second = startHelper({requestFor(folder(), "0")});
@@ -223,6 +232,15 @@ TEST_F(LifecycleFlow, TheHelperLeavesElevenSecondsAfterARequest) {
   const auto lasted = Clock::now() - start;
   EXPECT_GE(lasted, 10'900ms);
   EXPECT_LT(lasted, 15s);
+}
+
+TEST_F(LifecycleFlow, APanelThatCouldNotBeShownDoesNotKeepTheHelper) {
+  set("skipFilename", false);
+  Process helper = startReadyHelper();
+  open({requestFor(folder(), "0")});
+  EXPECT_EQ(helper.wait(), 0);
+  EXPECT_NE(helper.errorOutput().find("New note (" + folder() + ")"), std::string::npos)
+      << helper.errorOutput();
 }
 
 TEST_F(LifecycleFlow, TheToolsFirstRequestOnAFreshMachineMakesAFile) {

@@ -179,6 +179,18 @@ TEST(EscapingInvalidCharacters, MakesAURLOfEveryText) {
   EXPECT_EQ(escapingInvalidCharacters("s://[x:y/"), "s://%5Bx%3Ay/");
 }
 
+TEST(ResolvingRelativePath, PutsAFolderBeforeARelativePath) {
+  EXPECT_EQ(resolvingRelativePath("Documents?2", "/home/me"), "/home/me/Documents?2");
+  EXPECT_EQ(resolvingRelativePath("../a b?0#c", "/100% mine"), "/100%25%20mine/../a b?0#c");
+}
+
+TEST(ResolvingRelativePath, LeavesEverythingElseAsItIs) {
+  for (const char* const reference :
+       {"quennel:///d?0", "quennel:d?0", "//host/d", "/d?0", "?0", "#c", ""}) {
+    EXPECT_EQ(resolvingRelativePath(reference, "/home/me"), reference);
+  }
+}
+
 TEST(FileURL, EscapesWhatIsNoPlainPathCharacter) {
   EXPECT_EQ(fileURL("/home/me/a b.txt"), "file:///home/me/a%20b.txt");
   EXPECT_EQ(fileURL("/100%25?#"), "file:///100%2525%3F%23");

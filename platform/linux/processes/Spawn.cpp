@@ -5,6 +5,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <system_error>
 
 namespace quennel {
@@ -51,6 +52,17 @@ void SpawnFileActions::addStandardInputAndCloseTheRest() {
                "posix_spawn_file_actions_addopen");
   throwOnError(posix_spawn_file_actions_addclosefrom_np(&_actions, STDERR_FILENO + 1),
                "posix_spawn_file_actions_addclosefrom_np");
+  addWorkingFolder();
+}
+
+/// That of the helper is of no use to anybody (it stays at the root, so that no volume is busy
+/// because of it).
+void SpawnFileActions::addWorkingFolder() {
+  const char* const home = std::getenv("HOME");
+  if (home != nullptr && *home == '/' && access(home, X_OK) == 0) {
+    throwOnError(posix_spawn_file_actions_addchdir_np(&_actions, home),
+                 "posix_spawn_file_actions_addchdir_np");
+  }
 }
 
 std::vector<char*> spawnArguments(const std::vector<std::string>& arguments) {

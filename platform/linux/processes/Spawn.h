@@ -26,7 +26,8 @@ class SpawnAttributes {
 };
 
 /// The descriptors that a program is given: an empty standard input, the helper's standard error
-/// and nothing beyond. Throws std::system_error.
+/// and nothing beyond. And its working folder: the user's home, or where that cannot be entered the
+/// helper's own. Throws std::system_error.
 class SpawnFileActions {
  public:
   /// Its standard output is that of the helper.
@@ -41,6 +42,7 @@ class SpawnFileActions {
 
  private:
   void addStandardInputAndCloseTheRest();
+  void addWorkingFolder();
 
   posix_spawn_file_actions_t _actions;
 };
