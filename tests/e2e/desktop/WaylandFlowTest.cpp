@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "tests/e2e/HelperTest.h"
 
@@ -75,6 +77,17 @@ class WaylandFlow : public HelperTest {
     })) << helper.errorOutput();
   }
 
+  /// How many the helper has asked for.
+  static std::size_t countWindows(const Process& helper) {
+    const std::string calls = helper.errorOutput();
+    std::size_t count = 0;
+    for (auto place = calls.find(".get_toplevel("); place != std::string::npos;
+         place = calls.find(".get_toplevel(", place + 1)) {
+      ++count;
+    }
+    return count;
+  }
+
  private:
   std::optional<WaylandSession> _session;
 };
@@ -85,6 +98,17 @@ TEST_F(WaylandFlow, ThePanelComesToTheFrontByTheTokenOfItsRequest) {
 }
 
 TEST_F(WaylandFlow, AnAlertComesToTheFrontByTheTokenOfItsRequest) { expectTokenIsUsed("99"); }
+
+TEST_F(WaylandFlow, TheQuitCommandEndsTheHelperAtEveryDepthOfAlerts) {
+  for (const std::size_t depth : {1, 3, 8}) {
+    SCOPED_TRACE(depth);
+    Process helper = startReadyHelper();
+    open(std::vector(depth, requestFor(folder(), "99")));
+    ASSERT_TRUE(eventually([&] { return countWindows(helper) == depth; })) << helper.errorOutput();
+    command("quit");
+    ASSERT_EQ(helper.wait(), 0);
+  }
+}
 
 }  // namespace
 }  // namespace quennel::test
