@@ -6,6 +6,7 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -27,6 +28,7 @@
 #include "platform/linux/mounts/MountTableEvents.h"
 #include "platform/linux/notifications/LocalNotificationCenter.h"
 #include "platform/linux/processes/BackgroundProgram.h"
+#include "platform/linux/processes/EnvironmentRoom.h"
 #include "platform/linux/processes/Restart.h"
 #include "platform/linux/scope/ConfinedFileManager.h"
 #include "platform/linux/scope/LandlockSecurityScope.h"
@@ -51,6 +53,10 @@ constexpr auto help =
     "the session bus and leaves by itself after a while. With --open it hands the URLs to the "
     "session's\n"
     "helper, which is started if need be, and ends at once. Settings: quennelctl --help.\n";
+
+/// Where the toolkit looks for the token of a request; set for as long as it shows something.
+constexpr std::initializer_list<const char*> activationTokenVariables{"XDG_ACTIVATION_TOKEN",
+                                                                      "DESKTOP_STARTUP_ID"};
 
 /// Everything the helper is made of, in the order in which the parts need each other.
 class Helper {
@@ -167,6 +173,7 @@ std::optional<Succession> serve(const std::vector<std::string>& urls) {
   if (role == BusURLEvents::Role::HandedOver || role == BusURLEvents::Role::Terminated) {
     return std::nullopt;
   }
+  makeRoomInEnvironment(activationTokenVariables);
   Helper helper(runLoop, bus, notificationCenter, urlEvents, hotKeyList);
   helper.run();
   for (const auto& url : urlEvents.release()) {
