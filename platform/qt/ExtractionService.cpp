@@ -74,8 +74,12 @@ int ExtractionService::extractSelectedFilesTo(sd_bus_message* message, void* sel
   if (result < 0) {
     return result;
   }
+  const auto& service = *static_cast<ExtractionService*>(self);
+  if (!service._isAnswering) {
+    return sd_bus_error_set_errno(error, EACCES);
+  }
   const bool isAbsolute = std::string_view(folder).starts_with('/');
-  if (!isAbsolute || !static_cast<ExtractionService*>(self)->_promise->keep(folder)) {
+  if (!isAbsolute || !service._promise->keep(folder)) {
     return sd_bus_error_set_errno(error, EIO);
   }
   return sd_bus_reply_method_return(message, "");

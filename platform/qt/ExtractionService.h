@@ -19,6 +19,11 @@ class ExtractionService {
   ExtractionService(const ExtractionService&) = delete;
   ExtractionService& operator=(const ExtractionService&) = delete;
 
+  /// From when a target asks for the file until the drag is over; all other calls are refused:
+  /// anybody on the bus can call.
+  void beginAnswering() { _isAnswering = true; }
+  void endAnswering() { _isAnswering = false; }
+
   QByteArray busName() const;
   QByteArray objectPath() const;
 
@@ -41,6 +46,7 @@ class ExtractionService {
   std::unique_ptr<sd_bus_slot, Unref> _object;
   std::shared_ptr<const FilePromise> _promise;
   std::unique_ptr<QSocketNotifier> _notifier;
+  bool _isAnswering = false;
 };
 
 }  // namespace quennel

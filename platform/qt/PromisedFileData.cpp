@@ -33,7 +33,12 @@ PromisedFileData::PromisedFileData(std::shared_ptr<const FilePromise> promise,
       _arrival(std::move(arrival)),
       _xdnd(XdndSource::create(*this, QByteArray::fromStdString(_promise->name()))) {}
 
-PromisedFileData::~PromisedFileData() = default;
+/// The toolkit deletes the data when the target has finished.
+PromisedFileData::~PromisedFileData() {
+  if (_extraction) {
+    _extraction->endAnswering();
+  }
+}
 
 QStringList PromisedFileData::formats() const {
   if (_xdnd) {
@@ -62,8 +67,12 @@ QVariant PromisedFileData::retrieveData(const QString& format, QMetaType) const 
   if (_extraction && format == drop_type::extractionService) {
     return _extraction->busName();
   }
-  return _extraction && format == drop_type::extractionPath ? QVariant(_extraction->objectPath())
-                                                            : QVariant();
+  if (_extraction && format == drop_type::extractionPath) {
+    // A target reads this when it has been dropped on, and calls then.
+    _extraction->beginAnswering();
+    return _extraction->objectPath();
+  }
+  return {};
 }
 
 /// "S" for success, "F" for failure; "E" while the target has not said where.
