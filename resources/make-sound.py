@@ -1,9 +1,13 @@
 #!/usr/bin/env python3
-"""Writes sound.wav, the sound of a file that has been made: two soft struck notes, a fifth apart.
+"""Writes the sound of a file that has been made, two soft struck notes a fifth apart, as a WAV file.
 
 usage: make-sound.py FILE
 
-The result is committed beside this script; run it again only to change the sound.
+sound.oga beside this script is that file in Ogg Vorbis, made with vorbis-tools:
+
+  ./make-sound.py sound.wav && oggenc --quality 2 --serial 1 --output sound.oga sound.wav
+
+Run it again only to change the sound.
 """
 
 import math

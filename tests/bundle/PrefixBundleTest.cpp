@@ -37,8 +37,8 @@ TEST(PrefixBundle, ItIsNamedLikeTheHelperOnTheBus) {
 TEST(PrefixBundle, ResourcesAreFoundByNameAndType) {
   EXPECT_EQ(PrefixBundle().pathForResource("Defaults", "plist"),
             buildTree() + "/share/quennelhelper/Defaults.plist");
-  EXPECT_EQ(PrefixBundle().pathForResource("sound", "wav"),
-            buildTree() + "/share/quennelhelper/sound.wav");
+  EXPECT_EQ(PrefixBundle().pathForResource("sound", "oga"),
+            buildTree() + "/share/quennelhelper/sound.oga");
 }
 
 TEST(PrefixBundle, AResourceThatIsNotThereIsNothing) {
@@ -75,7 +75,7 @@ TEST(PrefixBundle, AFileThatIsNoDictionaryIsNothing) {
   std::ofstream(folder / "array.plist") << R"(<plist version="1.0"><array/></plist>)";
   EXPECT_EQ(bundle.dictionaryWithContentsOfFile(folder / "array.plist"), std::nullopt);
   EXPECT_EQ(bundle.dictionaryWithContentsOfFile(folder / "missing.plist"), std::nullopt);
-  EXPECT_EQ(bundle.dictionaryWithContentsOfFile(buildTree() + "/share/quennelhelper/sound.wav"),
+  EXPECT_EQ(bundle.dictionaryWithContentsOfFile(buildTree() + "/share/quennelhelper/sound.oga"),
             std::nullopt);
 }
 

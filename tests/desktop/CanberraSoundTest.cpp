@@ -31,7 +31,7 @@ TEST(CanberraSound, LoadsTheLibraryAtTheFirstSoundOnly) {
   EXPECT_EQ(inChildProcess([] {
               setenv("CANBERRA_DRIVER", "null", 1);
               FakeBundle bundle;
-              bundle.resources["sound.wav"] = QUENNEL_SOUND;
+              bundle.resources["sound.oga"] = QUENNEL_SOUND;
               CanberraSound sound(bundle);
               const bool before = isLibraryLoaded();
               sound.playSoundNamed("sound");
