@@ -41,7 +41,7 @@ _quennelctl() {
               ;;
             edit:*)
               words="$record --help"
-              ((COMP_CWORD > 3)) || words=$(_quennelctl_templates "${COMP_WORDS[0]}")
+              ((COMP_CWORD > 3)) || [[ $current = -* ]] || words=$(_quennelctl_templates "${COMP_WORDS[0]}")
               ;;
             remove:* | move:*)
               ((COMP_CWORD > 3)) && [[ ${COMP_WORDS[2]} = remove ]] ||
