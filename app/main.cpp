@@ -98,7 +98,7 @@ class Helper {
     _runLoop.setWillTerminateHandler([this] { _delegate.applicationWillTerminate(); });
     _delegate.applicationWillFinishLaunching();
     _delegate.applicationDidFinishLaunching();
-    _hotKeyList.setCenter(_hotKeyCenter);
+    _hotKeyList.setCenter(_hotKeyCenter, _bundle);
     _urlEvents.setActivateHandler([this] { _displayFollower.lookAround(); });
     _runLoop.run();
     _urlEvents.setActivateHandler(nullptr);

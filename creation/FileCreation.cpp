@@ -37,7 +37,7 @@ void FileCreation::makeFileAtDir(const std::string& dir, const FileTemplate& tem
   const std::string path = _services.util.genNewPathForPath(appendingPathComponent(dir, name));
   Error error;
   if (!_services.fileManager.copyItemAtPath(templateText(template_, "filePath"), path, &error)) {
-    reportFailure(error.localizedDescription);
+    reportFailure(error.localizedDescription(_services.bundle));
     return;
   }
   finishNewItem(path, template_);

@@ -90,10 +90,10 @@ void NewFilePanel::makeFileAtChosenPath(const std::string& path,
       // The count stays raised here, too.
       _services.alerts.showAfterPanel(
           _services.bundle.localizedStringForKey("Error removing existing file!"),
-          error.localizedDescription);
+          error.localizedDescription(_services.bundle));
       return;
     case Replacement::NotCopied:
-      _services.creation.reportFailure(error.localizedDescription,
+      _services.creation.reportFailure(error.localizedDescription(_services.bundle),
                                        [this] { _services.panelCount.lower(); });
       return;
     case Replacement::Done:

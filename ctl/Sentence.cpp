@@ -24,6 +24,12 @@ std::string noList(const std::string& key) {
   return "the settings hold something else than a list under " + key;
 }
 
+/// The item may be a path of any bytes.
+std::string sentenceOf(Error error) {
+  error.item = error.item.empty() ? error.item : shown(error.item);
+  return error.description();
+}
+
 /// The sentence for a command line that makes no sense, empty for every other failure.
 std::string usageSentence(const Failure& failure) {
   switch (failure.reason) {
@@ -54,9 +60,11 @@ std::string failureSentence(const Failure& failure) {
     case Failure::Reason::TemplateChanged:
       return "template " + std::to_string(failure.index) + " was changed by another program";
     case Failure::Reason::UnreadableItem:
-      return shown(failure.item) + ": " + failure.error.localizedDescription;
+      return sentenceOf(failure.error);
     case Failure::Reason::SpecialFile:
       return shown(failure.item) + " is neither a file nor a folder";
+    case Failure::Reason::UnstorablePath:
+      return shown(failure.item) + " is not UTF-8, and the settings hold nothing else";
     case Failure::Reason::NotAFolder:
       return shown(failure.item) + " is not a folder";
     case Failure::Reason::NotGranted:
@@ -64,7 +72,7 @@ std::string failureSentence(const Failure& failure) {
     case Failure::Reason::HelperSilent:
       return sentenceOf(failure.silence, "did not take the request");
     default:
-      return failure.error.localizedDescription;
+      return sentenceOf(failure.error);
   }
 }
 

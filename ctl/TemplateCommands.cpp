@@ -24,7 +24,7 @@ void report(CommandContext& context, const std::string& done, const TemplateChan
                  << shown(templateFileName(change.record)) << ")\n";
   if (change.autostartFailure) {
     context.errors << "quennelctl: whether the helper starts at login stays as it was: "
-                   << change.autostartFailure->localizedDescription << "\n";
+                   << change.autostartFailure->description() << "\n";
   }
 }
 

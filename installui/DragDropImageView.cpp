@@ -53,9 +53,7 @@ void DragDropImageView::setDestDir(std::optional<std::string> destDir) {
 }
 
 bool DragDropImageView::makeItemExecutableAtPath(const std::string& path) {
-  Error error;
-  _fileManager.setAttributes({.posixPermissions = 0755}, path, &error);
-  return error.code == 0 && error.localizedDescription.empty();
+  return _fileManager.setAttributes({.posixPermissions = 0755}, path);
 }
 
 Rect DragDropImageView::windowWillUseStandardFrame(const Window& window, const Rect&) {

@@ -36,6 +36,8 @@ struct Failure {
     UnreadableItem,
     /// At `item` is neither a file nor a folder.
     SpecialFile,
+    /// The path `item` cannot be kept: settings hold UTF-8.
+    UnstorablePath,
     NotAFolder,
 
     /// `error` is why no grant can be made.

@@ -4,6 +4,7 @@
 
 #include "platform/keys/KeyCombination.h"
 #include "platform/values/Path.h"
+#include "platform/values/Text.h"
 
 namespace quennel {
 namespace {
@@ -43,6 +44,9 @@ Check checkFile(const std::string& path, const FileInspector& files) {
   }
   if (facts->kind == FileFacts::Kind::Special) {
     return Failure{.reason = Reason::SpecialFile, .item = path};
+  }
+  if (!isValidUTF8(path)) {
+    return Failure{.reason = Reason::UnstorablePath, .item = path};
   }
   if (facts->obstacle) {
     failure.error = *facts->obstacle;

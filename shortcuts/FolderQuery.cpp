@@ -32,7 +32,7 @@ void FolderQuery::getFinderPathWithTemplate(const FileTemplate& template_,
   const auto task = _userScripts.createTask(userScriptPath(folder), &error);
   if (!task) {
     _alerts.showAlert(_bundle.localizedStringForKey("Unable to run QuennelHelper.sh!"),
-                      error.localizedDescription, AlertStyle::Critical);
+                      error.localizedDescription(_bundle), AlertStyle::Critical);
     return;
   }
   const auto pipe = std::make_shared<Pipe>();
@@ -62,7 +62,7 @@ void FolderQuery::getFinderPathWithTemplate(const FileTemplate& template_,
 
 void FolderQuery::reportFailure(const Error& error) const {
   _alerts.showAlert(_bundle.localizedStringForKey("Unable to get current folder path!"),
-                    error.localizedDescription, AlertStyle::Critical);
+                    error.localizedDescription(_bundle), AlertStyle::Critical);
 }
 
 void FolderQuery::reportInvalidFolder(const std::optional<std::string>& answer) const {

@@ -31,7 +31,7 @@ bool ScriptInstaller::checkAndInstallScripts() {
   }
   if (!folder) {
     _services.alerts.showAlert(localizedText("Error creating the scripts directory!"),
-                               error.localizedDescription, AlertStyle::Critical);
+                               error.localizedDescription(_services.bundle), AlertStyle::Critical);
     return false;
   }
   _isAtWork = true;
@@ -88,7 +88,7 @@ bool ScriptInstaller::installScript(const std::string& folder) {
   }
   const int answer = _services.userInterface.runModal(
       {.messageText = localizedText("Unable to install QuennelHelper.sh to the scripts directory!"),
-       .informativeText = error.localizedDescription,
+       .informativeText = error.localizedDescription(_services.bundle),
        .alertStyle = AlertStyle::Critical,
        .buttons = {localizedText("Install manually"), localizedText("Cancel")}});
   return answer == UserInterface::alertFirstButtonReturn && installScriptManually();

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <vector>
@@ -197,7 +198,7 @@ TEST_F(Access, KeepsARecordThatAnotherProcessAddsMeanwhile) {
 
 TEST_F(Access, ThatCannotBeStoredIsNoReasonForAnAlert) {
   launch();
-  fakes.sharedDefaults.setStoreError(Error{28, "No space left on device"});
+  fakes.sharedDefaults.setStoreError(Error{ENOSPC});
   directories->saveAuthorizedURL("/a");
   EXPECT_THAT(records(), IsEmpty());
   EXPECT_THAT(fakes.userInterface.alerts, IsEmpty());

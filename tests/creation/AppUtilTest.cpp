@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -155,9 +156,9 @@ TEST_F(Copying, ReplacesTheDestination) {
 TEST_F(Copying, ADestinationThatCannotBeRemovedIsReportedAndStays) {
   files.addFile("/t", "new");
   files.addFile("/d", "old");
-  files.failNext("removeItemAtPath", {13, "not allowed"});
+  files.failNext("removeItemAtPath", {EACCES, Error::Kind::Removing, "/d"});
   EXPECT_FALSE(util.copyItemAtPath("/t", "/d", &error));
-  EXPECT_EQ(error.localizedDescription, "not allowed");
+  EXPECT_EQ(error, (Error{EACCES, Error::Kind::Removing, "/d"}));
   EXPECT_EQ(contents("/d"), "old");
 }
 
@@ -175,7 +176,7 @@ TEST_F(Copying, AFailureInsideAFolderStopsItAndLeavesWhatWasCopied) {
   files.addFile("/t/a", "1");
   files.addFile("/t/b", "2");
   files.addFile("/t/c", "3");
-  files.failNext("writeContents", {28, "full"}, 1);
+  files.failNext("writeContents", {ENOSPC, Error::Kind::Creating, "/d/inner"}, 1);
   EXPECT_FALSE(util.copyItemAtPath("/t", "/d", &error));
   EXPECT_EQ(contents("/d/a"), "1");
   EXPECT_FALSE(files.fileExistsAtPath("/d/b"));
@@ -185,9 +186,9 @@ TEST_F(Copying, AFailureInsideAFolderStopsItAndLeavesWhatWasCopied) {
 
 TEST_F(Copying, AFolderInsideThatCannotBeMadeIsReported) {
   files.addDirectory("/t/inner");
-  files.failNext("createDirectoryAtPath", {28, "full"}, 1);
+  files.failNext("createDirectoryAtPath", {ENOSPC, Error::Kind::Creating, "/d/inner"}, 1);
   EXPECT_FALSE(util.copyItemAtPath("/t", "/d", &error));
-  EXPECT_EQ(error.localizedDescription, "full");
+  EXPECT_EQ(error, (Error{ENOSPC, Error::Kind::Creating, "/d/inner"}));
 }
 
 TEST_F(Copying, PermissionsThatCannotBeSetAreNoFailure) {

@@ -1,3 +1,5 @@
+#include <cerrno>
+
 #include "tests/support/CreationRoom.h"
 #include "tests/support/DesktopTest.h"
 
@@ -144,11 +146,12 @@ TEST_F(DirectCreation, NothingFollowsAFailedCopy) {
   EXPECT_FALSE(exists("/d/missing.txt"));
 }
 
-TEST_F(DirectCreation, ADiskThatIsFullIsSaidInTheWordsOfTheSystem) {
-  fakes.fileManager.failNext("copyItemAtPath", {28, "No space left on device"});
+TEST_F(DirectCreation, ADiskThatIsFullIsSaidOfTheFileThatWasWanted) {
+  fakes.fileManager.failNext("copyItemAtPath", {ENOSPC, Error::Kind::Creating, "/d/untitled.txt"});
   make(templateRecord("untitled", "txt"));
   fakes.runLoop.advance(300ms);
-  EXPECT_EQ(fakes.userInterface.alerts.at(0).informativeText, "No space left on device");
+  EXPECT_EQ(fakes.userInterface.alerts.at(0).informativeText,
+            "“/d/untitled.txt” could not be made: there is no space left.");
   EXPECT_FALSE(exists("/d/untitled.txt"));
 }
 
@@ -161,7 +164,7 @@ TEST_F(DirectCreation, ExecuteBitsThatCannotBeSetLeaveTheFileAndSayNothing) {
 }
 
 TEST_F(DirectCreation, DatesThatCannotBeSetLeaveTheFileAndSayNothing) {
-  fakes.fileManager.failNext("setAttributes", {1, "not allowed"}, 1);
+  fakes.fileManager.failNext("setAttributes", {EPERM}, 1);
   switchOn({"openFileOnCreation"});
   make(templateRecord("untitled", "txt"));
   fakes.runLoop.advance(300ms);

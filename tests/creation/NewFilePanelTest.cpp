@@ -1,3 +1,5 @@
+#include <cerrno>
+
 #include "tests/support/CreationRoom.h"
 #include "tests/support/DesktopTest.h"
 
@@ -340,7 +342,7 @@ TEST_F(NewFilePanel, CancellingMakesNothingAndLeavesItCounted) {
 TEST_F(NewFilePanel, ARemovalThatFailsIsReportedAndLeavesItCounted) {
   answer([this](FakeSavePanel&) {
     fakes.fileManager.addFile("/d/untitled.txt", "old");
-    fakes.fileManager.failNext("setAside", {13, "Permission denied"});
+    fakes.fileManager.failNext("setAside", {EACCES, Error::Kind::Removing, "/d/untitled.txt"});
     return ModalResponse::OK;
   });
   show(templateRecord("untitled", "txt"));
@@ -348,7 +350,8 @@ TEST_F(NewFilePanel, ARemovalThatFailsIsReportedAndLeavesItCounted) {
   EXPECT_TRUE(fakes.userInterface.alerts.empty());
   fakes.runLoop.advance(1ms);
   EXPECT_EQ(onlyAlert().messageText, "Error removing existing file!");
-  EXPECT_EQ(onlyAlert().informativeText, "Permission denied");
+  EXPECT_EQ(onlyAlert().informativeText,
+            "“/d/untitled.txt” could not be removed: you are not allowed to.");
   EXPECT_EQ(onlyAlert().alertStyle, AlertStyle::Critical);
   EXPECT_EQ(fakes.fileManager.contentsAtPath("/d/untitled.txt"), "old");
   EXPECT_EQ(room.panelCount.value(), 1);

@@ -83,7 +83,8 @@ TEST_F(GrantTest, ARelativePathIsMadeAbsolute) {
 TEST_F(GrantTest, WhatIsMissingOrNoFolderCannotBeGranted) {
   const Answer missing = run({"grant", folder / "missing"});
   EXPECT_EQ(missing.status, 1);
-  EXPECT_EQ(missing.errors, "quennelctl: " + (folder / "missing: No such file or directory\n"));
+  EXPECT_EQ(missing.errors,
+            "quennelctl: “" + folder / "missing” could not be read: it does not exist.\n");
   const Answer file = run({"grant", makeFile("file")});
   EXPECT_EQ(file.status, 1);
   EXPECT_EQ(file.errors, "quennelctl: " + (folder / "file is not a folder\n"));

@@ -107,8 +107,8 @@ TEST_F(TemplateTest, AddRefusesWhatCannotBeCopied) {
     return answer.errors;
   };
   EXPECT_EQ(refusal(folder / "missing"),
-            "quennelctl: " + folder / "missing" + ": No such file or directory\n");
-  EXPECT_EQ(refusal(""), "quennelctl: : No such file or directory\n");
+            "quennelctl: “" + folder / "missing” could not be read: it does not exist.\n");
+  EXPECT_EQ(refusal(""), "quennelctl: No file is given.\n");
   EXPECT_EQ(refusal("/dev/null"), "quennelctl: /dev/null is neither a file nor a folder\n");
   ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(refusal(folder / "pipe"),
@@ -132,16 +132,16 @@ TEST_F(TemplateTest, AddRefusesAFileThatTheUserCannotRead) {
     process.wait();
     return process.errorOutput();
   });
-  EXPECT_EQ(answer, "quennelctl: " + file + ": Permission denied\n");
+  EXPECT_EQ(answer, "quennelctl: “" + file + "” could not be read: you are not allowed to.\n");
 }
 
 TEST_F(TemplateTest, AddRefusesAPathThatIsNotUTF8) {
   const Answer answer =
       run({"template", "add", makeFile("caf\xE9.txt"), "--title=x", "--prefix=x"});
   EXPECT_EQ(answer.status, 1);
-  EXPECT_EQ(answer.errors,
-            "quennelctl: Text that is not UTF-8 cannot be stored in a property list: " +
-                folder / "caf\\xe9.txt\n");
+  EXPECT_EQ(
+      answer.errors,
+      "quennelctl: " + folder / "caf\\xe9.txt is not UTF-8, and the settings hold nothing else\n");
   EXPECT_TRUE(templates().empty());
 }
 

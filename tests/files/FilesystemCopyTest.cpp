@@ -12,6 +12,7 @@
 #include "platform/linux/files/PosixFileManager.h"
 #include "tests/files/FileTools.h"
 #include "tests/support/LoopMount.h"
+#include "tests/support/Sentence.h"
 
 namespace quennel::test {
 namespace {
@@ -33,7 +34,7 @@ class CopyOn : public ::testing::TestWithParam<const char*> {
   std::string at(const std::string& name) { return _mount / name; }
   void copy(const std::string& from, const std::string& to) {
     Error error;
-    ASSERT_TRUE(_files.copyItemAtPath(at(from), at(to), &error)) << error.localizedDescription;
+    ASSERT_TRUE(_files.copyItemAtPath(at(from), at(to), &error)) << sentenceOf(error);
   }
   void setDates(const std::string& name) {
     const timespec dates[2] = {{1'000'000'000, 111'111'111}, {1'100'000'000, 222'222'222}};
@@ -273,7 +274,7 @@ TEST_P(CopyOn, AFullFilesystemFailsAndIsLeftAsItWas) {
   for (const std::string source : {"template", "template/large"}) {
     Error error;
     EXPECT_FALSE(_files.copyItemAtPath(elsewhere / source, at("place/copy"), &error));
-    EXPECT_EQ(error.code, ENOSPC) << error.localizedDescription;
+    EXPECT_EQ(error.code, ENOSPC) << sentenceOf(error);
     EXPECT_THAT(namesIn(at("place")), IsEmpty());
   }
 }

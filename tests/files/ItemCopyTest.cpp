@@ -20,6 +20,7 @@
 #include "tests/files/FileTools.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/LoopMount.h"
+#include "tests/support/Sentence.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -38,8 +39,8 @@ class ItemCopy : public ::testing::Test {
   }
   void expectFailure(const std::string& from, int code) {
     EXPECT_FALSE(copy(from, at("copy")));
-    EXPECT_EQ(_error.code, code) << _error.localizedDescription;
-    EXPECT_THAT(_error.localizedDescription, HasSubstr(from));
+    EXPECT_EQ(_error.code, code) << sentenceOf(_error);
+    EXPECT_THAT(sentenceOf(_error), HasSubstr(from));
   }
   void makeSocket(const std::string& path) {
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -81,7 +82,7 @@ TEST_F(ItemCopy, SpecialFilesInAFolderFailAtOnceAndLeaveNothing) {
   makeSocket(at("socket/inner/item"));
   for (const std::string kind : {"fifo", "socket"}) {
     expectFailure(at(kind), EOPNOTSUPP);
-    EXPECT_THAT(_error.localizedDescription, HasSubstr(at(kind + "/inner/item")));
+    EXPECT_THAT(sentenceOf(_error), HasSubstr(at(kind + "/inner/item")));
   }
   EXPECT_THAT(namesIn(_folder.path()), ElementsAre("fifo", "socket"));
 }
@@ -117,7 +118,7 @@ TEST_F(ItemCopy, AFailureIsToldInTheLanguageOfTheUser) {
   const std::string told = inChildProcess([&] {
     ::setenv("LC_ALL", "C.UTF-8", 1);
     ::setenv("LANGUAGE", "de", 1);
-    return copy(at("missing"), at("copy")) ? std::string("copied") : _error.localizedDescription;
+    return copy(at("missing"), at("copy")) ? std::string("copied") : sentenceOf(_error);
   });
   EXPECT_THAT(told, HasSubstr("Datei oder Verzeichnis nicht gefunden"));
 }
@@ -149,7 +150,7 @@ TEST_F(ItemCopy, FoldersWithoutWritePermissionAreCopiedWithoutPrivileges) {
     writeFile(at("template/inner/file"), "text");
     ::chmod(at("template/inner").c_str(), 0555);
     ::chmod(at("template").c_str(), 0500);
-    return copy(at("template"), at("copy")) ? "copied" : _error.localizedDescription;
+    return copy(at("template"), at("copy")) ? "copied" : sentenceOf(_error);
   };
   EXPECT_EQ(asNobody(_folder.path(), copyOwnFolder), "copied");
   EXPECT_EQ(statusAt(at("copy")).st_mode & 07777, 0500U);
@@ -191,7 +192,7 @@ TEST_F(ItemCopy, AFileAppearsCompleteOrNotAtAll) {
     }
   });
   for (int round = 0; round < 100 || seen == 0; ++round) {
-    ASSERT_TRUE(copy(at("template"), at("copy"))) << _error.localizedDescription;
+    ASSERT_TRUE(copy(at("template"), at("copy"))) << sentenceOf(_error);
     ASSERT_EQ(::unlink(at("copy").c_str()), 0);
   }
   isDone = true;
@@ -217,7 +218,7 @@ TEST_F(ItemCopy, AFolderAppearsCompleteOrNotAtAll) {
       }
     }
   });
-  ASSERT_TRUE(copy(at("template"), at("copy"))) << _error.localizedDescription;
+  ASSERT_TRUE(copy(at("template"), at("copy"))) << sentenceOf(_error);
   watcher.join();
   EXPECT_EQ(seen, 1);
 }
@@ -239,7 +240,7 @@ TEST_F(ItemCopy, LinksInsideAFolderStayLinks) {
   makeLink(at("template/self"), ".");
   makeLink(at("template/loop"), "loop");
   makeLink(at("template/outside"), "/etc/passwd");
-  ASSERT_TRUE(copy(at("template"), at("copy"))) << _error.localizedDescription;
+  ASSERT_TRUE(copy(at("template"), at("copy"))) << sentenceOf(_error);
   EXPECT_THAT(namesIn(at("copy")), ElementsAre("loop", "outside", "self"));
   for (const std::string& name : namesIn(at("copy"))) {
     EXPECT_TRUE(S_ISLNK(statusAt(at("copy/" + name)).st_mode)) << name;
@@ -272,7 +273,7 @@ TEST_F(ItemCopy, AFolderIsNotCopiedIntoItselfThroughASecondMount) {
                     nullptr, MS_BIND, nullptr),
             0);
   EXPECT_FALSE(copy(filesystem / "template", filesystem / "elsewhere/copy"));
-  EXPECT_EQ(_error.code, EINVAL) << _error.localizedDescription;
+  EXPECT_EQ(_error.code, EINVAL) << sentenceOf(_error);
   EXPECT_THAT(namesIn(filesystem / "elsewhere"), IsEmpty());
   ::umount((filesystem / "elsewhere").c_str());
 }
@@ -289,7 +290,7 @@ TEST_F(ItemCopy, AFileThatGrowsIsCopiedAsFarAsItWentAtFirst) {
   });
   for (int round = 0; round < 20; ++round) {
     const std::string name = at("copy" + std::to_string(round));
-    EXPECT_TRUE(copy(at("template"), name)) << _error.localizedDescription;
+    EXPECT_TRUE(copy(at("template"), name)) << sentenceOf(_error);
     EXPECT_EQ(readFile(name).substr(0, text.size()), text);
   }
   isDone = true;
@@ -308,7 +309,7 @@ TEST_F(ItemCopy, AFileThatShrinksIsNoFailure) {
   });
   for (int round = 0; round < 100; ++round) {
     const std::string name = at("copy" + std::to_string(round));
-    EXPECT_TRUE(copy(at("template"), name)) << _error.localizedDescription;
+    EXPECT_TRUE(copy(at("template"), name)) << sentenceOf(_error);
     EXPECT_LE(statusAt(name).st_size, static_cast<off_t>(text.size()));
   }
   isDone = true;
@@ -316,14 +317,14 @@ TEST_F(ItemCopy, AFileThatShrinksIsNoFailure) {
 }
 
 TEST_F(ItemCopy, AFileThatDoesNotKnowItsSizeIsReadToItsEnd) {
-  ASSERT_TRUE(copy("/proc/filesystems", at("copy"))) << _error.localizedDescription;
+  ASSERT_TRUE(copy("/proc/filesystems", at("copy"))) << sentenceOf(_error);
   EXPECT_EQ(readFile(at("copy")), readFile("/proc/filesystems"));
 }
 
 TEST_F(ItemCopy, APathWithASlashAtItsEndIsUnderstood) {
   makeFolder(at("template"));
   writeFile(at("template/file"), "text");
-  ASSERT_TRUE(copy(at("template/"), at("copy/"))) << _error.localizedDescription;
+  ASSERT_TRUE(copy(at("template/"), at("copy/"))) << sentenceOf(_error);
   EXPECT_EQ(readFile(at("copy/file")), "text");
 }
 
@@ -336,16 +337,16 @@ class PoorFilesystem : public ItemCopy {
     makeFolder(at("folder"));
     makeFolder(at("folder/inner"));
     writeFile(at("folder/inner/file"), "text");
-    ASSERT_TRUE(copy(at("template"), place + "/file")) << _error.localizedDescription;
-    ASSERT_TRUE(copy(at("folder"), place + "/folder")) << _error.localizedDescription;
+    ASSERT_TRUE(copy(at("template"), place + "/file")) << sentenceOf(_error);
+    ASSERT_TRUE(copy(at("folder"), place + "/folder")) << sentenceOf(_error);
     EXPECT_EQ(readFile(place + "/file"), someText(100'000));
     EXPECT_EQ(readFile(place + "/folder/inner/file"), "text");
     EXPECT_THAT(namesIn(place), ElementsAre("file", "folder"));
     for (const std::string taken : {"/file", "/folder"}) {
       EXPECT_FALSE(copy(at("template"), place + taken));
-      EXPECT_EQ(_error.code, EEXIST) << _error.localizedDescription;
+      EXPECT_EQ(_error.code, EEXIST) << sentenceOf(_error);
       EXPECT_FALSE(copy(at("folder"), place + taken));
-      EXPECT_EQ(_error.code, EEXIST) << _error.localizedDescription;
+      EXPECT_EQ(_error.code, EEXIST) << sentenceOf(_error);
     }
     EXPECT_TRUE(_files.writeContents("new", place + "/file", &_error));
     EXPECT_EQ(readFile(place + "/file"), "new");
@@ -380,7 +381,7 @@ TEST_F(PoorFilesystem, OfAMemoryStickHoldsCopiesWithoutPermissions) {
   }
   writeFile(at("script"), "#!");
   ASSERT_EQ(::chmod(at("script").c_str(), 04711), 0);
-  ASSERT_TRUE(copy(at("script"), stick / "script")) << _error.localizedDescription;
+  ASSERT_TRUE(copy(at("script"), stick / "script")) << sentenceOf(_error);
   ASSERT_EQ(::unlink((stick / "script").c_str()), 0);
   expectCopies(stick.path());
 }
@@ -393,7 +394,7 @@ TEST_F(PoorFilesystem, OfAMemoryStickHoldsACopyForEachNameOfAFile) {
   makeFolder(at("folder"));
   writeFile(at("folder/one"), "text");
   ASSERT_EQ(::link(at("folder/one").c_str(), at("folder/two").c_str()), 0);
-  ASSERT_TRUE(copy(at("folder"), stick / "folder")) << _error.localizedDescription;
+  ASSERT_TRUE(copy(at("folder"), stick / "folder")) << sentenceOf(_error);
   EXPECT_EQ(readFile(stick / "folder/one"), "text");
   EXPECT_EQ(readFile(stick / "folder/two"), "text");
 }
@@ -406,7 +407,7 @@ TEST_F(PoorFilesystem, OfAMemoryStickRefusesLinksAndIsLeftAsItWas) {
   makeFolder(at("folder"));
   makeLink(at("folder/link"), "nowhere");
   EXPECT_FALSE(copy(at("folder"), stick / "folder"));
-  EXPECT_THAT(_error.localizedDescription, HasSubstr(stick / "folder/link"));
+  EXPECT_THAT(sentenceOf(_error), HasSubstr(stick / "folder/link"));
   EXPECT_THAT(namesIn(stick.path()), IsEmpty());
 }
 
@@ -429,7 +430,7 @@ TEST_F(PoorFilesystem, WithoutAccessControlListsGivesTheGroupNoMoreThanItHad) {
   ASSERT_EQ(::chmod(at("template").c_str(), 0640), 0);
   ASSERT_EQ(run("setfacl -m u:1234:rwx " + at("template")), 0);
   ASSERT_EQ(statusAt(at("template")).st_mode & 07777, 0670U);
-  ASSERT_TRUE(copy(at("template"), place.path() + "/copy")) << _error.localizedDescription;
+  ASSERT_TRUE(copy(at("template"), place.path() + "/copy")) << sentenceOf(_error);
   EXPECT_EQ(statusAt(at("place/copy")).st_mode & 07777, 0640U);
 }
 

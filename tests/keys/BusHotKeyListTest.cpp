@@ -12,6 +12,7 @@
 #include "platform/linux/bus/BusDistributedNotificationCenter.h"
 #include "platform/linux/bus/BusURLEvents.h"
 #include "platform/linux/keys/BusHotKeyList.h"
+#include "tests/support/FakeBundle.h"
 #include "tests/support/HotKeyActions.h"
 #include "tests/support/PrivateBus.h"
 
@@ -27,7 +28,8 @@ class SomeKeys final : public HotKeyBackend {
 
   bool bind(const Request& request, Error* error) override {
     _last = request.number;
-    return !taken.contains(request.combination.key) || failWith(error, EBUSY, "It is taken.");
+    return !taken.contains(request.combination.key) ||
+           failWith(error, EBUSY, Error::Kind::CombinationInUse);
   }
   void unbind(HotKeyNumber) override {}
   bool isAlive() const override { return true; }
@@ -48,7 +50,7 @@ class BusHotKeyListTest : public testing::Test {
     _helper.emplace(_loop, _bus->address());
     _asker.emplace(_loop, _bus->address());
     _list.emplace(*_helper);
-    _list->setCenter(_center);
+    _list->setCenter(_center, _texts);
   }
 
   void add(const std::string& name, const PropertyList& keyCombo) {
@@ -77,6 +79,7 @@ class BusHotKeyListTest : public testing::Test {
 
   EventRunLoop _loop;
   HotKeyActions _actions;
+  FakeBundle _texts;
   SomeKeys* _keys = nullptr;
   DesktopHotKeyCenter _center{_loop, [this](HotKeyListener& listener, Error*) {
                                 auto keys = std::make_unique<SomeKeys>(listener);
@@ -97,20 +100,21 @@ TEST_F(BusHotKeyListTest, KeepsQuestionsThatComeBeforeTheKeys) {
   _list.emplace(*_helper);
   _loop.dispatchAfter(std::chrono::milliseconds(20), [this] {
     add("key", "Ctrl+Alt+M");
-    _list->setCenter(_center);
+    _list->setCenter(_center, _texts);
   });
   EXPECT_EQ(listed(), Lines{"key yes"});
 }
 
 TEST_F(BusHotKeyListTest, IsEmptyBeforeTheFirstKey) { EXPECT_EQ(listed(), Lines{}); }
 
-TEST_F(BusHotKeyListTest, TellsWhichKeysWorkAndWhyOthersDoNot) {
+TEST_F(BusHotKeyListTest, TellsWhichKeysWorkAndWhyOthersDoNotInTheUsersLanguage) {
+  _texts.translations["Another program has this key combination."] = "Es ist vergeben.";
   add("works", "Ctrl+Alt+M");
   add("taken", "Ctrl+Alt+N");
   add("nonsense", false);
   add("twice", "Ctrl+Alt+M");
   EXPECT_EQ(listed(), (Lines{"works yes", "nonsense no This is not a key combination.",
-                             "taken no It is taken.",
+                             "taken no Es ist vergeben.",
                              "twice no Another key of this program has this combination."}));
 }
 

@@ -19,6 +19,7 @@
 #include "tests/support/Deadline.h"
 #include "tests/support/HotKeyActions.h"
 #include "tests/support/KeyboardDisplay.h"
+#include "tests/support/Sentence.h"
 
 namespace quennel::test {
 namespace {
@@ -50,7 +51,7 @@ class X11HotKeysTest : public testing::Test {
     _center.emplace(_loop, [this](HotKeyListener& listener, Error* error) {
       return X11HotKeys::open(_loop.handle(), _loop, listener, error);
     });
-    ASSERT_TRUE(bind(marker)) << _error.localizedDescription;
+    ASSERT_TRUE(bind(marker)) << sentenceOf(_error);
   }
   void TearDown() override { unsetenv("DISPLAY"); }
 

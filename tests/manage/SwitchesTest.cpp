@@ -34,7 +34,7 @@ TEST(SwitchesTest, DefaultShowsWhereNothingWasSet) {
 
 TEST(SwitchesTest, SettingsThatCannotBeStoredAreTheFailure) {
   FakeUserDefaults settings;
-  settings.setStoreError(Error{EROFS, "Read-only file system"});
+  settings.setStoreError(Error{EROFS});
   const auto stored = Switches(settings).set(playSoundKey, true);
   ASSERT_FALSE(stored);
   EXPECT_EQ(stored.failure().reason, Failure::Reason::SettingsNotStored);

@@ -92,7 +92,7 @@ TEST_F(TemplatesTest, ExtensionIsTakenWithOrWithoutItsDot) {
 
 TEST_F(TemplatesTest, DescriptionThatMakesNoTemplateIsRefusedWithItsReasonAndNothingIsStored) {
   files.items["/t/pipe"] = {.kind = FileFacts::Kind::Special};
-  files.items["/t/secret"] = {.obstacle = Error{EACCES, "Permission denied"}};
+  files.items["/t/secret"] = {.obstacle = Error{EACCES}};
   const auto reasonOf = [&](TemplateDescription description) {
     if (!description.filePath) {
       description.filePath = "/t/report.md";
@@ -219,7 +219,7 @@ TEST_F(TemplatesTest, HelperStartsAtLoginAsLongAsSomeTemplateHasAShortcut) {
 }
 
 TEST_F(TemplatesTest, ChangeThatIsStoredSaysThatAutostartStaysAsItWas) {
-  autostart.failure = Error{EROFS, "Read-only file system"};
+  autostart.failure = Error{EROFS};
   const auto added = templates.add({.filePath = "/t/report.md"});
   ASSERT_TRUE(added);
   ASSERT_TRUE(added->autostartFailure);
@@ -234,7 +234,7 @@ TEST_F(TemplatesTest, SomethingElseInThePlaceOfTheListIsNeverOverwritten) {
 }
 
 TEST_F(TemplatesTest, SettingsThatCannotBeStoredAreTheFailure) {
-  settings.setStoreError(Error{ENOSPC, "No space left on device"});
+  settings.setStoreError(Error{ENOSPC});
   const auto added = templates.add({.filePath = "/t/report.md"});
   ASSERT_FALSE(added);
   EXPECT_EQ(added.failure().reason, Reason::SettingsNotStored);

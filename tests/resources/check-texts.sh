@@ -12,5 +12,5 @@ trap 'rm -f "$used" "$interfaces"' EXIT
 sed -n 's|.*<string>\(.*\)</string>.*|localizedText("\1");|p' resources/*.ui >"$interfaces"
 { find app creation access shortcuts installui platform watch -name '*.cpp' -o -name '*.h' |
   sort && echo "$interfaces"; } | xgettext --files-from=- --language=C++ --from-code=UTF-8 --force-po \
-    --keyword --keyword=localizedStringForKey --keyword=localizedText --output="$used"
+    --keyword --keyword=localizedStringForKey --keyword=localizedText --keyword=textKey --output="$used"
 msgcmp --use-untranslated resources/po/quennelhelper.pot "$used"

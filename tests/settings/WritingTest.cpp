@@ -8,6 +8,7 @@
 
 #include "tests/settings/SettingsTest.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Sentence.h"
 
 namespace quennel::test {
 namespace {
@@ -255,7 +256,7 @@ TEST_F(Writing, LinksInACircleAreAnError) {
   ASSERT_EQ(symlink("domain.plist", path.c_str()), 0);
   Error error;
   EXPECT_FALSE(store(1, "key", &error));
-  EXPECT_FALSE(error.localizedDescription.empty());
+  EXPECT_FALSE(sentenceOf(error).empty());
 }
 
 TEST_F(Writing, AFileThatCannotBeParsedIsNeverOverwritten) {
@@ -264,8 +265,8 @@ TEST_F(Writing, AFileThatCannotBeParsedIsNeverOverwritten) {
     writeFile(path, contents);
     Error error;
     EXPECT_FALSE(store(1, "key", &error));
-    EXPECT_NE(error.localizedDescription.find(path), std::string::npos);
-    EXPECT_NE(error.localizedDescription.find("not a property list"), std::string::npos);
+    EXPECT_NE(sentenceOf(error).find(path), std::string::npos);
+    EXPECT_NE(sentenceOf(error).find("not a property list"), std::string::npos);
     EXPECT_FALSE(defaults.updateObjectForKey("key", [](auto) { return PropertyList(1); }));
     EXPECT_EQ(readFile(path), contents);
   }
@@ -287,7 +288,7 @@ TEST_F(Writing, TextThatAPropertyListCannotHoldIsAnErrorAndChangesNothing) {
                                   std::string("a\rb"), std::string("\xEF\xBF\xBF")}) {
     Error error;
     EXPECT_FALSE(store(Array{text}, "key", &error)) << PropertyList(text).description();
-    EXPECT_FALSE(error.localizedDescription.empty());
+    EXPECT_FALSE(sentenceOf(error).empty());
     EXPECT_EQ(readFile(path), before);
     defaults.setObject("old", "key");
   }
@@ -306,9 +307,9 @@ TEST_F(Writing, AFolderThatCannotBeWrittenIsAnError) {
     }
     Error error;
     const bool isStored = store(1, "key", &error);
-    return isStored ? "stored" : std::to_string(error.code) + " " + error.localizedDescription;
+    return isStored ? "stored" : sentenceOf(error);
   });
-  EXPECT_EQ(answer, std::to_string(EACCES) + " " + path + ".lock: Permission denied");
+  EXPECT_EQ(answer, "“" + path + ".lock” could not be written: you are not allowed to.");
   EXPECT_EQ(readFile(path), xmlFile("<dict/>"));
 }
 

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <thread>
@@ -148,13 +149,13 @@ TEST_F(FolderQuery, TheCompletionOfARefusedAnswerLastsUntilItsAlertIsDismissed) 
 }
 
 TEST_F(FolderQuery, AScriptThatFailsIsReportedWithItsError) {
-  scriptFails({5, "It broke."});
+  scriptFails({0, Error::Kind::ScriptFailed, "5"});
   EXPECT_EQ(folder(), std::nullopt);
-  expectAlert("Unable to get current folder path!", "It broke.");
+  expectAlert("Unable to get current folder path!", "The script failed: exit status 5.");
 }
 
 TEST_F(FolderQuery, TheCompletionOfAFailedScriptDoesNotWaitForItsAlert) {
-  scriptFails({5, "It broke."});
+  scriptFails({0, Error::Kind::ScriptFailed, "5"});
   ask();
   EXPECT_TRUE(eventually([this] { return fakes.userScripts.completions() == 1; }));
   EXPECT_TRUE(fakes.userInterface.alerts.empty());
@@ -164,16 +165,17 @@ TEST_F(FolderQuery, TheCompletionOfAFailedScriptDoesNotWaitForItsAlert) {
 
 TEST_F(FolderQuery, AMissingScriptIsReportedAtOnce) {
   ask();
-  expectAlert("Unable to run QuennelHelper.sh!", "No such file or directory");
+  expectAlert("Unable to run QuennelHelper.sh!",
+              "“" + path + "” could not be started: it does not exist.");
   EXPECT_TRUE(fakes.userScripts.executions.empty());
 }
 
 TEST_F(FolderQuery, AScriptsFolderThatCannotBeMadeIsAMissingScript) {
   scriptPrints("/tmp\n");
   fakes.userScripts.directory.reset();
-  fakes.userScripts.directoryError = {30, "Read-only file system"};
+  fakes.userScripts.directoryError = {EROFS};
   ask();
-  expectAlert("Unable to run QuennelHelper.sh!", "No such file or directory");
+  expectAlert("Unable to run QuennelHelper.sh!", "No file is given.");
 }
 
 TEST_F(FolderQuery, NoAlertCountsAsAPanel) {

@@ -99,7 +99,8 @@ TEST_F(RealScript, ThatIsNotExecutableGetsNoFolder) {
   install("echo /tmp/folder");
   std::filesystem::permissions(path(), std::filesystem::perms::owner_read);
   EXPECT_EQ(outcome(), "Unable to get current folder path!");
-  EXPECT_EQ(fakes.userInterface.alerts.back().informativeText, "Permission denied");
+  EXPECT_EQ(fakes.userInterface.alerts.back().informativeText,
+            "“" + path() + "” could not be started: you are not allowed to.");
 }
 
 TEST_F(RealScript, ThatHangsGetsNoFolder) {

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -24,7 +25,9 @@ class ScriptInstallation : public DesktopTest {
   void userChooses(const std::optional<std::string>& path) {
     fakes.userInterface.choices.push_back(path);
   }
-  void copyingFails() { fakes.fileManager.failNext("copyItemAtPath", {28, "No space left"}); }
+  void copyingFails() {
+    fakes.fileManager.failNext("copyItemAtPath", {ENOSPC, Error::Kind::Creating, installed});
+  }
   const std::vector<Alert>& alerts() const { return fakes.userInterface.alerts; }
 
   ShortcutsRoom room{fakes};
@@ -47,11 +50,12 @@ TEST_F(ScriptInstallation, AnInstalledScriptIsEnough) {
 
 TEST_F(ScriptInstallation, AFolderThatCannotBeMadeIsReported) {
   fakes.userScripts.directory.reset();
-  fakes.userScripts.directoryError = {30, "Read-only file system"};
+  fakes.userScripts.directoryError = {EROFS, Error::Kind::Creating, folder};
   EXPECT_FALSE(room.installer.checkAndInstallScripts());
   ASSERT_EQ(alerts().size(), 1u);
   EXPECT_EQ(alerts()[0].messageText, "Error creating the scripts directory!");
-  EXPECT_EQ(alerts()[0].informativeText, "Read-only file system");
+  EXPECT_EQ(alerts()[0].informativeText,
+            "“" + folder + "” could not be made: nothing can be changed there.");
   EXPECT_EQ(alerts()[0].alertStyle, AlertStyle::Critical);
   EXPECT_TRUE(fakes.userInterface.openPanels.empty());
   EXPECT_EQ(counts, std::vector<std::int64_t>{0});
@@ -135,7 +139,8 @@ TEST_F(ScriptInstallation, AFailedCopyOffersToInstallByHand) {
   ASSERT_EQ(alerts().size(), 1u);
   EXPECT_EQ(alerts()[0].messageText,
             "Unable to install QuennelHelper.sh to the scripts directory!");
-  EXPECT_EQ(alerts()[0].informativeText, "No space left");
+  EXPECT_EQ(alerts()[0].informativeText,
+            "“" + installed + "” could not be made: there is no space left.");
   EXPECT_EQ(alerts()[0].alertStyle, AlertStyle::Critical);
   EXPECT_EQ(alerts()[0].buttons, (std::vector<std::string>{"Install manually", "Cancel"}));
 }

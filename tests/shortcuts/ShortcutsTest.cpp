@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <optional>
 #include <string>
@@ -370,7 +371,7 @@ TEST_F(Action, PressesOfOtherKeysDoNotWait) {
 
 TEST_F(Action, PressAfterAQueryThatFailedIsServed) {
   launchWith({"Ctrl+Alt+N"});
-  fakes.userScripts.scripts[script] = {"", Error{1, "No"}};
+  fakes.userScripts.scripts[script] = {"", Error{EPERM}};
   press("Ctrl+Alt+N");
   fakes.userScripts.scripts[script] = {"no folder\n", {}};
   press("Ctrl+Alt+N");
@@ -384,7 +385,7 @@ TEST_F(Action, PressAfterAQueryThatFailedIsServed) {
 
 TEST_F(Action, PressesDuringAnAlertOfTheirKeyShowNoFurtherOnesBesideIt) {
   launchWith({"Ctrl+Alt+N"});
-  fakes.userScripts.scripts[script] = {"", Error{1, "No"}};
+  fakes.userScripts.scripts[script] = {"", Error{EPERM}};
   int shown = 0;
   int most = 0;
   int presses = 0;

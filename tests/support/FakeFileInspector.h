@@ -18,7 +18,7 @@ class FakeFileInspector : public FileInspector {
     const auto item = items.find(path);
     if (item == items.end()) {
       if (error) {
-        *error = {ENOENT, "No such file or directory"};
+        *error = {ENOENT, Error::Kind::Reading, path};
       }
       return std::nullopt;
     }

@@ -7,6 +7,8 @@
 
 namespace quennel::test {
 
+using Kind = Error::Kind;
+
 struct FakeFileManager::Node {
   enum class Type { File, Folder, Link, FIFO };
 
@@ -151,9 +153,9 @@ void FakeFileManager::record(const std::string& operation, const std::string& pa
   }
 }
 
-bool FakeFileManager::conclude(int code, const std::string& path, Error* error) const {
+bool FakeFileManager::conclude(int code, Kind kind, const std::string& path, Error* error) const {
   if (code != 0 && error) {
-    *error = {code, "“" + path + "”: " + std::generic_category().message(code) + "."};
+    *error = {code, kind, path};
   }
   return code == 0;
 }
@@ -241,14 +243,14 @@ bool FakeFileManager::copyItemAtPath(const std::string& path, const std::string&
   if (const auto failure = begin("copyItemAtPath")) {
     return error ? (*error = *failure, false) : false;
   }
-  int code = refusalToCopy(path, toPath);
-  if (code == 0) {
-    code = add(toPath, copyOf(*nodeAt(path)), false);
+  if (!mayCopy(path, toPath, error)) {
+    return false;
   }
-  return conclude(code, path + "” to “" + toPath, error);
+  return conclude(add(toPath, copyOf(*nodeAt(path)), false), Kind::Creating, toPath, error);
 }
 
-int FakeFileManager::refusalToCopy(const std::string& path, const std::string& toPath) const {
+bool FakeFileManager::mayCopy(const std::string& path, const std::string& toPath,
+                              Error* error) const {
   const auto holdsFIFO = [](const Node& node, const auto& self) -> bool {
     bool found = node.type == Node::Type::FIFO;
     for (const auto& [name, child] : node.children) {
@@ -258,12 +260,13 @@ int FakeFileManager::refusalToCopy(const std::string& path, const std::string& t
   };
   const auto source = nodeAt(path);
   if (!source) {
-    return ENOENT;
+    return conclude(ENOENT, Kind::Reading, path, error);
   }
   if (holdsFIFO(*source, holdsFIFO)) {
-    return EOPNOTSUPP;
+    return conclude(EOPNOTSUPP, Kind::CopyingSpecialFile, path, error);
   }
-  return (toPath + "/").starts_with(path + "/") && toPath != path ? EINVAL : 0;
+  const bool isBelow = (toPath + "/").starts_with(path + "/") && toPath != path;
+  return conclude(isBelow ? EINVAL : 0, Kind::CopyingIntoItself, toPath, error);
 }
 
 bool FakeFileManager::leadsThrough(const std::string& path, const NodePointer& item,
@@ -294,22 +297,19 @@ FileManager::Replacement FakeFileManager::replaceItemAtPath(const std::string& p
   if (const auto failure = begin("copyItemAtPath")) {
     return error ? (*error = *failure, Replacement::NotCopied) : Replacement::NotCopied;
   }
-  if (!conclude(isProtected(path) ? EACCES : 0, path, error)) {
+  if (!conclude(isProtected(path) ? EACCES : 0, Kind::Removing, path, error)) {
     return Replacement::NotSetAside;
   }
   const auto present = nodeAt(path, false);
-  int code =
-      present && leadsThrough(withCopyOf, present) ? EEXIST : refusalToCopy(withCopyOf, path);
-  if (code == 0) {
-    const auto copy = copyOf(*nodeAt(withCopyOf));
-    const auto folder = nodeAt(parentOf(path));
-    code = folder && folder->isFolder() ? 0 : ENOENT;
-    if (code == 0) {
-      folder->children[componentsOf(path).back()] = copy;
-    }
+  const bool isItself = present && leadsThrough(withCopyOf, present);
+  const auto folder = nodeAt(parentOf(path));
+  const int code = isItself ? EEXIST : (folder && folder->isFolder() ? 0 : ENOENT);
+  if ((!isItself && !mayCopy(withCopyOf, path, error)) ||
+      !conclude(code, Kind::Creating, path, error)) {
+    return Replacement::NotCopied;
   }
-  return conclude(code, withCopyOf + "” to “" + path, error) ? Replacement::Done
-                                                             : Replacement::NotCopied;
+  folder->children[componentsOf(path).back()] = copyOf(*nodeAt(withCopyOf));
+  return Replacement::Done;
 }
 
 bool FakeFileManager::removeItemAtPath(const std::string& path, Error* error) {
@@ -324,7 +324,7 @@ bool FakeFileManager::removeItemAtPath(const std::string& path, Error* error) {
   if (code == 0) {
     nodeAt(parentOf(path))->children.erase(componentsOf(path).back());
   }
-  return conclude(code, path, error);
+  return conclude(code, Kind::Removing, path, error);
 }
 
 bool FakeFileManager::createDirectoryAtPath(const std::string& path,
@@ -346,7 +346,7 @@ bool FakeFileManager::createDirectoryAtPath(const std::string& path,
     folder->type = Node::Type::Folder;
     code = add(joined(components, count), folder, false);
   }
-  return conclude(code, path, error);
+  return conclude(code, Kind::Creating, path, error);
 }
 
 std::optional<std::string> FakeFileManager::contentsAtPath(const std::string& path) const {
@@ -366,7 +366,7 @@ bool FakeFileManager::writeContents(std::string_view contents, const std::string
   }
   const auto node = newNode(0644);
   node->contents = contents;
-  return conclude(add(toPath, node, true), toPath, error);
+  return conclude(add(toPath, node, true), Kind::Writing, toPath, error);
 }
 
 std::optional<FileAttributes> FakeFileManager::attributesOfItemAtPath(const std::string& path,
@@ -379,7 +379,7 @@ std::optional<FileAttributes> FakeFileManager::attributesOfItemAtPath(const std:
   }
   const auto node = nodeAt(path);
   if (!node) {
-    conclude(ENOENT, path, error);
+    conclude(ENOENT, Kind::Reading, path, error);
     return std::nullopt;
   }
   return node->attributes;
@@ -394,7 +394,7 @@ bool FakeFileManager::setAttributes(const FileAttributes& attributes,
   }
   const auto node = nodeAt(ofItemAtPath);
   if (!node) {
-    return conclude(ENOENT, ofItemAtPath, error);
+    return conclude(ENOENT, Kind::ChangingAttributes, ofItemAtPath, error);
   }
   if (attributes.posixPermissions) {
     node->attributes.posixPermissions = *attributes.posixPermissions;

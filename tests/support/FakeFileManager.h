@@ -46,8 +46,7 @@ class FakeFileManager : public FileManager {
 
   /// Lets the next call of the operation fail, or the one after so many that are let through. A
   /// replacement fails as "setAside" or as "copyItemAtPath".
-  void failNext(const std::string& operation, Error error = {5, "Input/output error"},
-                int letThrough = 0);
+  void failNext(const std::string& operation, Error error = {5}, int letThrough = 0);
 
   std::optional<ItemKind> itemKindAtPath(const std::string& path) const override;
   bool visitDirectory(const std::string& path,
@@ -86,12 +85,12 @@ class FakeFileManager : public FileManager {
   int add(const std::string& path, NodePointer node, bool replace);
   bool isProtected(const std::string& path) const;
   /// Why the item cannot be copied; 0 when it can.
-  int refusalToCopy(const std::string& path, const std::string& toPath) const;
+  bool mayCopy(const std::string& path, const std::string& toPath, Error* error) const;
   bool leadsThrough(const std::string& path, const NodePointer& item, int depth = 0) const;
   /// Counts the call; answers the failure that the test wants of it.
   std::optional<Error> begin(std::string_view operation) const;
   void record(const std::string& operation, const std::string& paths);
-  bool conclude(int code, const std::string& path, Error* error) const;
+  bool conclude(int code, Error::Kind kind, const std::string& path, Error* error) const;
 
   CallLog& _log;
   NodePointer _root;

@@ -9,7 +9,7 @@ namespace {
 
 bool refuse(Error* error, int code) {
   if (error) {
-    *error = {code, "The combination is refused."};
+    *error = {code, Error::Kind::CombinationInUse};
   }
   return false;
 }

@@ -93,7 +93,7 @@ int FakeKernelQueue::open(const SharedText& path, Error* error) {
   const auto file = _files.find(std::string(path.view()));
   if (file == _files.end()) {
     if (error) {
-      *error = {ENOENT, "no such file"};
+      *error = {ENOENT, Error::Kind::Watching, std::string(path.view())};
     }
     return -1;
   }

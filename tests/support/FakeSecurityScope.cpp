@@ -16,7 +16,7 @@ bool isAtOrBelow(const std::string& path, const std::string& folder) {
 
 void refuse(Error* error) {
   if (error) {
-    *error = {EACCES, "Permission denied"};
+    *error = {EACCES};
   }
 }
 

@@ -54,7 +54,7 @@ std::unique_ptr<UserUnixTask> FakeUserScripts::createTask(const std::string& pat
     return std::make_unique<Task>(*this, path);
   }
   if (error != nullptr) {
-    *error = {ENOENT, "No such file or directory"};
+    *error = {ENOENT, Error::Kind::StartingScript, path};
   }
   return nullptr;
 }

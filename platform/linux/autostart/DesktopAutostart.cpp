@@ -8,7 +8,6 @@
 
 #include "platform/linux/base/FileError.h"
 #include "platform/linux/base/FileReplacement.h"
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/values/Path.h"
 
 namespace quennel {
@@ -60,17 +59,14 @@ bool DesktopAutostart::setEnabled(bool isEnabled, Error* error) {
     return true;
   }
   if (!isEnabled) {
-    return unlink(_path.c_str()) == 0 ||
-           failWith(error, {errno, UserLocale::errorDescription(errno)});
+    return unlink(_path.c_str()) == 0 || failWith(error, {errno, Error::Kind::Removing, _path});
   }
   try {
     makeFolder(_folder);
     replaceFile(_path, entry());
     return true;
   } catch (const FileError& failure) {
-    return failWith(error,
-                    {failure.code().value(),
-                     failure.path() + ": " + UserLocale::errorDescription(failure.code().value())});
+    return failWith(error, {failure.code().value(), Error::Kind::Writing, failure.path()});
   }
 }
 

@@ -95,7 +95,7 @@ FileDescriptor FileCopier::openSource(int folder, const char* name, int flags) {
     source = FileDescriptor(::openat(folder, name, flags));
   }
   if (!source) {
-    throw FileFailure(errno, Step::Opening);
+    throw FileFailure(errno, Step::Reading);
   }
   return source;
 }

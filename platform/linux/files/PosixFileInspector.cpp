@@ -7,17 +7,14 @@
 #include <filesystem>
 #include <system_error>
 
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/values/Path.h"
 
 namespace quennel {
 namespace {
 
-Error errorOf(int code) { return {code, UserLocale::errorDescription(code)}; }
-
-void fill(Error* error, int code) {
+void fill(Error* error, int code, const std::string& path) {
   if (error) {
-    *error = errorOf(code);
+    *error = {code, Error::Kind::Reading, path};
   }
 }
 
@@ -38,7 +35,7 @@ bool hasParentComponent(const std::string& path) {
 std::optional<FileFacts> PosixFileInspector::factsOf(const std::string& path, Error* error) const {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
-    fill(error, errno);
+    fill(error, errno, path);
     return std::nullopt;
   }
   FileFacts facts;
@@ -46,7 +43,7 @@ std::optional<FileFacts> PosixFileInspector::factsOf(const std::string& path, Er
   facts.isExecutable = (status.st_mode & 0111U) != 0;
   const int wanted = facts.kind == FileFacts::Kind::Folder ? R_OK | X_OK : R_OK;
   if (access(path.c_str(), wanted) != 0) {
-    facts.obstacle = errorOf(errno);
+    facts.obstacle = Error{errno, Error::Kind::Reading, path};
   }
   return facts;
 }
@@ -57,7 +54,7 @@ std::optional<std::string> PosixFileInspector::absolutePath(const std::string& p
   // An empty path names nothing, although standard functions take it for the current folder.
   const bool exists = !path.empty() && std::filesystem::exists(path, failure);
   if (!exists) {
-    fill(error, failure ? failure.value() : ENOENT);
+    fill(error, failure ? failure.value() : ENOENT, path);
     return std::nullopt;
   }
   // Only where a ".." asks for it are links looked through: the user's own name of a place is the
@@ -65,7 +62,7 @@ std::optional<std::string> PosixFileInspector::absolutePath(const std::string& p
   const auto absolute = hasParentComponent(path) ? std::filesystem::canonical(path, failure)
                                                  : std::filesystem::absolute(path, failure);
   if (failure) {
-    fill(error, failure.value());
+    fill(error, failure.value(), path);
     return std::nullopt;
   }
   return standardizingPath(absolute.native());

@@ -36,16 +36,17 @@ void report(Error* error, Error found) {
   }
 }
 
-// Runs the operation and turns what it throws into an answer.
-template <typename Intent, typename Operation>
-bool succeeds(Error* error, const Intent& intent, const Operation& operation) {
+// Runs the operation on the item at `path` and turns what it throws into an answer.
+template <typename Operation>
+bool succeeds(Error* error, const std::string& path, const Operation& operation) {
   try {
     operation();
     return true;
-  } catch (const FileFailure& failure) {
-    report(error, failure.describe(intent()));
+  } catch (FileFailure& failure) {
+    failure.locate(path, path);
+    report(error, failure.error());
   } catch (const std::bad_alloc&) {
-    report(error, errorOf(intent(), ENOMEM));
+    report(error, {ENOMEM, Step::Creating, path});
   }
   return false;
 }
@@ -162,16 +163,14 @@ bool PosixFileManager::visitDirectory(
   if (!folder) {
     return false;
   }
-  return succeeds(
-      nullptr, [] { return ""; },
-      [&] {
-        DirectoryEntries entries;
-        while (entries.readNext(folder.get())) {
-          for (const dirent64& entry : entries) {
-            visit({entry.d_name, entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN});
-          }
-        }
-      });
+  return succeeds(nullptr, path, [&] {
+    DirectoryEntries entries;
+    while (entries.readNext(folder.get())) {
+      for (const dirent64& entry : entries) {
+        visit({entry.d_name, entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN});
+      }
+    }
+  });
 }
 
 void PosixFileManager::enumerateItemsAtPath(
@@ -181,35 +180,24 @@ void PosixFileManager::enumerateItemsAtPath(
 
 bool PosixFileManager::copyItemAtPath(const std::string& path, const std::string& toPath,
                                       Error* error) {
-  return succeeds(
-      error, [&] { return quoted(path) + " could not be copied to " + quoted(toPath); },
-      [&] { copyItem(path, toPath); });
+  return succeeds(error, toPath, [&] { copyItem(path, toPath); });
 }
 
 FileManager::Replacement PosixFileManager::replaceItemAtPath(const std::string& path,
                                                              const std::string& withCopyOf,
                                                              Error* error) {
-  const auto copying = [&] {
-    return quoted(withCopyOf) + " could not be copied to " + quoted(path);
-  };
-  try {
-    replaceItem(withCopyOf, path);
+  Error failure;
+  if (succeeds(&failure, path, [&] { replaceItem(withCopyOf, path); })) {
     return Replacement::Done;
-  } catch (const FileFailure& failure) {
-    const bool isSetAside = failure.step() != Step::Removing;
-    report(error, isSetAside ? failure.describe(copying())
-                             : errorOf(quoted(path) + " could not be removed", failure.code()));
-    return isSetAside ? Replacement::NotCopied : Replacement::NotSetAside;
-  } catch (const std::bad_alloc&) {
-    report(error, errorOf(copying(), ENOMEM));
-    return Replacement::NotCopied;
   }
+  report(error, failure);
+  return failure.kind == Step::Removing ? Replacement::NotSetAside : Replacement::NotCopied;
 }
 
 bool PosixFileManager::removeItemAtPath(const std::string& path, Error* error) {
   const int code = removeTree(AT_FDCWD, path, LockedFolders::Fail);
   if (code != 0) {
-    report(error, errorOf(quoted(path) + " could not be removed", code));
+    report(error, {code, Step::Removing, path});
   }
   return code == 0;
 }
@@ -218,35 +206,31 @@ bool PosixFileManager::createDirectoryAtPath(const std::string& path,
                                              bool withIntermediateDirectories, Error* error) {
   const int code = withIntermediateDirectories ? makeFolderAndParents(path) : makeFolder(path);
   if (code != 0) {
-    report(error, errorOf("The folder " + quoted(path) + " could not be made", code));
+    report(error, {code, Step::Creating, path});
   }
   return code == 0;
 }
 
 std::optional<std::string> PosixFileManager::contentsAtPath(const std::string& path) const {
   std::optional<std::string> contents;
-  succeeds(
-      nullptr, [] { return ""; },
-      [&] {
-        const FileDescriptor file = FileCopier().openSource(AT_FDCWD, path.c_str(), 0);
-        const struct stat status = statusOf(file.get(), Step::Reading);
-        if (S_ISREG(status.st_mode)) {
-          contents = readAll(file.get(), status.st_size);
-        }
-      });
+  succeeds(nullptr, path, [&] {
+    const FileDescriptor file = FileCopier().openSource(AT_FDCWD, path.c_str(), 0);
+    const struct stat status = statusOf(file.get(), Step::Reading);
+    if (S_ISREG(status.st_mode)) {
+      contents = readAll(file.get(), status.st_size);
+    }
+  });
   return contents;
 }
 
 bool PosixFileManager::writeContents(std::string_view contents, const std::string& toPath,
                                      Error* error) {
   constexpr mode_t readAndWrite = 0666;
-  return succeeds(
-      error, [&] { return quoted(toPath) + " could not be written"; },
-      [&] {
-        StagedFile file(toPath, readAndWrite);
-        writeAll(file.descriptor(), contents);
-        file.publishReplacing();
-      });
+  return succeeds(error, toPath, [&] {
+    StagedFile file(toPath, readAndWrite);
+    writeAll(file.descriptor(), contents);
+    file.publishReplacing();
+  });
 }
 
 std::optional<FileAttributes> PosixFileManager::attributesOfItemAtPath(const std::string& path,
@@ -254,7 +238,7 @@ std::optional<FileAttributes> PosixFileManager::attributesOfItemAtPath(const std
   struct statx status;
   if (::statx(AT_FDCWD, path.c_str(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
     const int code = errno;
-    report(error, errorOf("The attributes of " + quoted(path) + " could not be read", code));
+    report(error, {code, Step::Reading, path});
     return std::nullopt;
   }
   FileAttributes attributes;
@@ -279,7 +263,7 @@ bool PosixFileManager::setAttributes(const FileAttributes& attributes,
     code = ::utimensat(AT_FDCWD, ofItemAtPath.c_str(), dates.data(), 0) == 0 ? 0 : errno;
   }
   if (code != 0) {
-    report(error, errorOf("The attributes of " + quoted(ofItemAtPath) + " could not be set", code));
+    report(error, {code, Step::ChangingAttributes, ofItemAtPath});
   }
   return code == 0;
 }

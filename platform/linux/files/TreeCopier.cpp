@@ -27,7 +27,7 @@ constexpr std::size_t entriesCapacity = std::size_t{16} * 1024;
 unsigned char typeOf(int folder, const char* name) {
   struct stat status;
   if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-    throw FileFailure(errno, Step::Opening);
+    throw FileFailure(errno, Step::Reading);
   }
   return static_cast<unsigned char>(IFTODT(status.st_mode));
 }

@@ -137,7 +137,7 @@ int removeTree(int parent, const std::string& name, LockedFolders locked) {
     TreeRemover(parent, locked).remove(name);
     return 0;
   } catch (const FileFailure& failure) {
-    return failure.code();
+    return failure.error().code;
   }
 }
 

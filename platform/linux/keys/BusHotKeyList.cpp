@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/Bundle.h"
 #include "platform/linux/bus/BusURLEvents.h"
 
 namespace quennel {
@@ -14,13 +15,14 @@ int append(sd_bus_message* reply, const std::string& identifier, bool isBound,
   return sd_bus_message_append(reply, "(sbs)", identifier.c_str(), isBound ? 1 : 0, reason.c_str());
 }
 
-int appendKeys(sd_bus_message* reply, const DesktopHotKeyCenter& center) {
+int appendKeys(sd_bus_message* reply, const DesktopHotKeyCenter& center, const Bundle& texts) {
   int result = 0;
   for (const auto& hotKey : center.allHotKeys()) {
     result = result < 0 ? result : append(reply, hotKey->identifier(), true, "");
   }
   for (const auto& [identifier, error] : center.refusals()) {
-    result = result < 0 ? result : append(reply, identifier, false, error.localizedDescription);
+    result =
+        result < 0 ? result : append(reply, identifier, false, error.localizedDescription(texts));
   }
   return result;
 }
@@ -50,8 +52,9 @@ int BusHotKeyList::list(sd_bus_message* message, void* self, sd_bus_error*) {
   return 1;
 }
 
-void BusHotKeyList::setCenter(const DesktopHotKeyCenter& center) {
+void BusHotKeyList::setCenter(const DesktopHotKeyCenter& center, const Bundle& texts) {
   _center = &center;
+  _texts = &texts;
   answerCalls();
 }
 
@@ -71,7 +74,7 @@ void BusHotKeyList::answer(sd_bus_message* call) const {
   }
   const BusMessage reply(message);
   if (sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "(sbs)") >= 0 &&
-      appendKeys(message, *_center) >= 0 && sd_bus_message_close_container(message) >= 0) {
+      appendKeys(message, *_center, *_texts) >= 0 && sd_bus_message_close_container(message) >= 0) {
     static_cast<void>(sd_bus_send(_bus.connection(), message, nullptr));
   }
 }

@@ -8,6 +8,8 @@
 
 namespace quennel {
 
+class Bundle;
+
 /// Tells on the session bus which keys work and why others do not: the method `List` answers, for
 /// every key that was registered, its identifier, whether it works, and the reason if it does not.
 /// Calls that come before the keys are registered wait for them.
@@ -21,8 +23,9 @@ class BusHotKeyList {
   BusHotKeyList(const BusHotKeyList&) = delete;
   BusHotKeyList& operator=(const BusHotKeyList&) = delete;
 
-  /// Tells from now on of the keys of `center`, which is not owned and outlives the run loop's run.
-  void setCenter(const DesktopHotKeyCenter& center);
+  /// Tells from now on of the keys of `center`, in the words of `texts`. Neither is owned; both
+  /// outlive the run loop's run.
+  void setCenter(const DesktopHotKeyCenter& center, const Bundle& texts);
 
  private:
   static int list(sd_bus_message* message, void* self, sd_bus_error* error);
@@ -33,6 +36,7 @@ class BusHotKeyList {
 
   SessionBus& _bus;
   const DesktopHotKeyCenter* _center = nullptr;
+  const Bundle* _texts = nullptr;
   std::vector<BusMessage> _calls;
   BusSlot _object;
 };

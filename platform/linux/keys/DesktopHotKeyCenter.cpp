@@ -47,10 +47,10 @@ bool DesktopHotKeyCenter::registerHotKey(std::shared_ptr<const PTHotKey> hotKey,
 bool DesktopHotKeyCenter::bind(std::shared_ptr<const PTHotKey> hotKey, Error* error) {
   const auto combination = KeyCombination::fromPropertyList(hotKey->keyCombo());
   if (!combination) {
-    return failWith(error, EINVAL, "This is not a key combination.");
+    return failWith(error, EINVAL, Error::Kind::NoKeyCombination);
   }
   if (std::ranges::find(*_entries, *combination, &Entry::combination) != _entries->end()) {
-    return failWith(error, EEXIST, "Another key of this program has this combination.");
+    return failWith(error, EEXIST, Error::Kind::CombinationInUseHere);
   }
   if (!hasBackend(error)) {
     return false;
@@ -134,8 +134,7 @@ void DesktopHotKeyCenter::hotKeyPressed(HotKeyNumber number) {
 void DesktopHotKeyCenter::hotKeyLost(HotKeyNumber number) {
   const auto entry = std::ranges::find(*_entries, number, &Entry::number);
   if (entry != _entries->end()) {
-    failWith(&_refusals[entry->hotKey->identifier()], ECANCELED,
-             "The desktop has withdrawn the key, or was not allowed to give it.");
+    failWith(&_refusals[entry->hotKey->identifier()], ECANCELED, Error::Kind::CombinationRefused);
     _entries->erase(entry);
     tellOfLoss();
     tellOfLack();

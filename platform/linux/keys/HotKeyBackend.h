@@ -53,9 +53,9 @@ class HotKeyBackend {
 };
 
 /// Fills the error that a caller has asked for; answers false, as the operation that failed does.
-inline bool failWith(Error* error, int code, const char* description) {
+inline bool failWith(Error* error, int code, Error::Kind kind) {
   if (error) {
-    *error = {code, description};
+    *error = {code, kind};
   }
   return false;
 }

@@ -90,7 +90,7 @@ std::unique_ptr<PortalHotKeys> PortalHotKeys::open(SessionBus& bus,
   std::unique_ptr<PortalHotKeys> hotKeys(
       new PortalHotKeys(bus, std::move(applicationIdentifier), listener));
   if (!bus.isOpen() || !hotKeys->watchPortal()) {
-    failWith(error, ECONNREFUSED, "The session's bus cannot be reached.");
+    failWith(error, ECONNREFUSED, Error::Kind::UnreachableBus);
     return nullptr;
   }
   hotKeys->introduceProgram();
@@ -138,7 +138,7 @@ void PortalHotKeys::introduceProgram() {
 
 bool PortalHotKeys::bind(const Request& request, Error* error) {
   if (!isAlive()) {
-    return failWith(error, ECONNREFUSED, "The session's bus cannot be reached.");
+    return failWith(error, ECONNREFUSED, Error::Kind::UnreachableBus);
   }
   const std::string& description = request.title.empty() ? request.identifier : request.title;
   _bindings.push_back(

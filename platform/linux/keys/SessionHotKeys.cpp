@@ -28,7 +28,7 @@ std::unique_ptr<HotKeyBackend> openModule(const std::string& path, EventRunLoop&
                                           HotKeyListener& listener, Error* error) {
   void* const symbol = symbolOfModule(path, openX11HotKeysSymbol);
   if (!symbol) {
-    failWith(error, ENOENT, "The part of this program that binds keys is missing.");
+    failWith(error, ENOENT, Error::Kind::MissingKeyModule);
     return nullptr;
   }
   return std::unique_ptr<HotKeyBackend>(
@@ -58,7 +58,7 @@ DesktopHotKeyCenter::OpenBackend openHotKeysOfSession(SessionBus& bus,
       case HotKeyMeans::None:
         break;
     }
-    failWith(error, ENOTSUP, "This session has no keys that work in all programs.");
+    failWith(error, ENOTSUP, Error::Kind::NoKeysInSession);
     return nullptr;
   };
 }

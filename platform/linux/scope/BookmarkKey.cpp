@@ -14,7 +14,6 @@
 
 #include "platform/linux/base/FileDescriptor.h"
 #include "platform/linux/base/HomeFolder.h"
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/values/Path.h"
 
 namespace quennel {
@@ -79,8 +78,7 @@ std::optional<Key> BookmarkKey::readOrMake(Error* error) const {
     key = read();
   }
   if (!key && error) {
-    error->code = errno;
-    error->localizedDescription = UserLocale::errorDescription(error->code);
+    *error = {errno, Error::Kind::Remembering, _path};
   }
   return key;
 }

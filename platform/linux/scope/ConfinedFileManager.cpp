@@ -3,7 +3,6 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <cstddef>
 
 #include "platform/linux/base/FileDescriptor.h"
 #include "platform/values/Path.h"
@@ -15,13 +14,8 @@ namespace {
 /// An error speaks of the path that the caller knows, not of the one that the scope put in its
 /// place.
 void showPath(const std::string& path, const std::string& inPlaceOf, Error* error) {
-  if (!error || path == inPlaceOf) {
-    return;
-  }
-  std::string& text = error->localizedDescription;
-  for (std::size_t start = text.find(inPlaceOf); start != std::string::npos;
-       start = text.find(inPlaceOf, start + path.size())) {
-    text.replace(start, inPlaceOf.size(), path);
+  if (error && error->item.starts_with(inPlaceOf)) {
+    error->item.replace(0, inPlaceOf.size(), path);
   }
 }
 

@@ -8,7 +8,6 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/scope/OpenItem.h"
 
 namespace quennel {
@@ -20,9 +19,11 @@ constexpr std::string_view tokenMark = "QBm1";
 constexpr std::size_t tokenHead = tokenMark.size() + MessageAuthentication::size;
 constexpr std::size_t largestToken = std::size_t{16} * 1024;
 
-void report(int code, const std::string& path, Error* error) {
+using Kind = Error::Kind;
+
+void report(int code, Kind kind, const std::string& path, Error* error) {
   if (error) {
-    *error = {code, path + ": " + UserLocale::errorDescription(code)};
+    *error = {code, kind, path};
   }
 }
 
@@ -84,13 +85,14 @@ std::optional<PropertyList::Data> LandlockSecurityScope::bookmarkDataForPath(
     const std::string& path, Error* error) {
   const auto bookmark = _resolver.bookmarkOfPath(path);
   if (!bookmark || !bookmark->identity.outlivesThisRun()) {
-    report(bookmark ? EOPNOTSUPP : errno, path, error);
+    const int code = bookmark ? EOPNOTSUPP : errno;
+    report(code, bookmark ? Kind::Remembering : Kind::Reading, path, error);
     return std::nullopt;
   }
   const auto key = _key.readOrMake(error);
   auto token = key ? sealed(*bookmark, *key) : std::nullopt;
   if (key && !token) {
-    report(ELIBACC, path, error);
+    report(ELIBACC, Kind::Remembering, path, error);
   }
   return token ? std::optional(PropertyList::Data{std::move(*token)}) : std::nullopt;
 }
@@ -142,12 +144,12 @@ bool LandlockSecurityScope::performConfined(const std::string& path, const Work&
                                             Error* error) {
   const ItemLocation location = locationOfPath(path);
   if (!location.folder) {
-    report(errno, path, error);
+    report(errno, Kind::Writing, path, error);
     return false;
   }
   const FileDescriptor granted = _grants.folderGranting(location);
   if (!granted) {
-    report(EACCES, path, error);
+    report(EACCES, Kind::ChangingUngranted, path, error);
     return false;
   }
   if (_landlockVersion == 0) {
@@ -156,7 +158,7 @@ bool LandlockSecurityScope::performConfined(const std::string& path, const Work&
   bool done = false;
   const int code = runConfined(_landlockVersion, granted.get(), [&] { done = work(path); });
   if (code != 0) {
-    report(code, path, error);
+    report(code, Kind::Writing, path, error);
   }
   return done;
 }
@@ -165,11 +167,11 @@ bool LandlockSecurityScope::performOnItem(const std::string& path, const Work& w
                                           Error* error) const {
   const auto item = openItem(path);
   if (!item) {
-    report(errno, path, error);
+    report(errno, Kind::ChangingAttributes, path, error);
     return false;
   }
   if (!_grants.folderGranting(item->location)) {
-    report(EACCES, path, error);
+    report(EACCES, Kind::ChangingUngranted, path, error);
     return false;
   }
   return work(pathThroughDescriptor(item->item.get()));

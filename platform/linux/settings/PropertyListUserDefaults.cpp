@@ -10,7 +10,6 @@
 #include "platform/linux/base/FileLock.h"
 #include "platform/linux/base/FileReplacement.h"
 #include "platform/linux/base/HomeFolder.h"
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/settings/PropertyListFile.h"
 #include "platform/plist/PropertyListError.h"
 #include "platform/values/Path.h"
@@ -27,17 +26,28 @@ std::string configurationFolder() {
                                   : appendingPathComponent(homeFolder().value_or("/"), ".config");
 }
 
+/// Thrown within this file for settings that were not understood and must not be replaced.
+struct UnreadableFile {
+  std::string path;
+};
+
+/// Thrown within this file for a value that a property list has no form for.
+struct UnstorableValue {
+  std::string key;
+};
+
 /// Runs `work` and answers whether it came through, else fills `error` with the reason.
 bool succeeds(Error* error, const std::function<void()>& work) {
   Error reason;
   try {
     work();
     return true;
-  } catch (const PropertyListError& failure) {
-    reason.localizedDescription = failure.what();
+  } catch (const UnreadableFile& failure) {
+    reason = {0, Error::Kind::UnreadableSettings, failure.path};
+  } catch (const UnstorableValue& failure) {
+    reason = {0, Error::Kind::StoringSetting, failure.key};
   } catch (const FileError& failure) {
-    reason.code = failure.code().value();
-    reason.localizedDescription = failure.path() + ": " + UserLocale::errorDescription(reason.code);
+    reason = {failure.code().value(), Error::Kind::Writing, failure.path()};
   }
   if (error) {
     *error = std::move(reason);
@@ -53,9 +63,7 @@ class PropertyListUserDefaults::Transaction {
   explicit Transaction(const std::string& path)
       : _path(path), _lock(lockOf(path)), _file(PropertyListFile::read(path)) {
     if (_file.state == PropertyListFile::State::Unreadable) {
-      throw PropertyListError(path +
-                              " is not a property list that can be read. It was left as it " +
-                              "is: repair it or move it away.");
+      throw UnreadableFile{path};
     }
   }
 
@@ -67,7 +75,11 @@ class PropertyListUserDefaults::Transaction {
 
   void setObject(const std::optional<PropertyList>& value, const std::string& key) {
     const std::string before = _file.document.bytes();
-    _file.document.setObject(value, key);
+    try {
+      _file.document.setObject(value, key);
+    } catch (const PropertyListError&) {
+      throw UnstorableValue{key};
+    }
     _isChanged = _isChanged || _file.document.bytes() != before;
   }
 

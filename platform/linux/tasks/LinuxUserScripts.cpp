@@ -11,7 +11,6 @@
 
 #include "platform/Bundle.h"
 #include "platform/linux/base/HomeFolder.h"
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/tasks/LinuxUserUnixTask.h"
 #include "platform/values/Path.h"
 
@@ -20,11 +19,9 @@ namespace {
 
 constexpr unsigned mostAtOnce = 4;
 
-Error errorWithCode(int code) { return {code, UserLocale::errorDescription(code)}; }
-
-void report(int code, Error* error) {
+void report(int code, Error::Kind kind, const std::string& path, Error* error) {
   if (error != nullptr) {
-    *error = errorWithCode(code);
+    *error = {code, kind, path};
   }
 }
 
@@ -50,7 +47,7 @@ LinuxUserScripts::~LinuxUserScripts() { _turns.close(); }
 std::optional<std::string> LinuxUserScripts::applicationScriptsDirectory(Error* error) {
   const std::string home = homeFolder().value_or("");
   if (home.empty()) {
-    report(ENOENT, error);
+    report(ENOENT, Error::Kind::Reading, "~", error);
     return std::nullopt;
   }
   const std::string directory =
@@ -58,7 +55,7 @@ std::optional<std::string> LinuxUserScripts::applicationScriptsDirectory(Error* 
   std::error_code failure;
   std::filesystem::create_directories(directory, failure);
   if (failure) {
-    report(failure.value(), error);
+    report(failure.value(), Error::Kind::Creating, directory, error);
     return std::nullopt;
   }
   return directory;
@@ -67,11 +64,11 @@ std::optional<std::string> LinuxUserScripts::applicationScriptsDirectory(Error* 
 std::unique_ptr<UserUnixTask> LinuxUserScripts::createTask(const std::string& path, Error* error) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
-    report(errno, error);
+    report(errno, Error::Kind::StartingScript, path, error);
     return nullptr;
   }
   if (!S_ISREG(status.st_mode)) {
-    report(EACCES, error);  // what executing it would answer
+    report(EACCES, Error::Kind::StartingScript, path, error);  // what executing it would answer
     return nullptr;
   }
   return std::make_unique<LinuxUserUnixTask>(
@@ -82,14 +79,15 @@ void LinuxUserScripts::start(ScriptRun::Request request) {
   _runs.remove_if([](const ScriptRun& run) { return run.isDone(); });
   const auto standardOutput = request.standardOutput;
   const auto completion = request.completion;
+  const std::string path = request.path;
   try {
-    _runs.emplace_back(std::move(request), _limits, _bundle, _turns);
+    _runs.emplace_back(std::move(request), _limits, _turns);
   } catch (const std::system_error& failure) {
     // There is no thread to be had: the caller's own has to do.
     if (standardOutput) {
       standardOutput->closeFile();
     }
-    completion(errorWithCode(failure.code().value()));
+    completion(Error{failure.code().value(), Error::Kind::StartingScript, path});
   }
 }
 

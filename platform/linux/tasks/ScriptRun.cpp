@@ -9,10 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/Bundle.h"
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/tasks/ScriptProcess.h"
-#include "platform/values/Text.h"
 
 namespace quennel {
 namespace {
@@ -32,11 +29,9 @@ std::string signalName(int number) {
 
 }  // namespace
 
-ScriptRun::ScriptRun(Request request, const ScriptLimits& limits, const Bundle& texts,
-                     ScriptTurns& turns)
+ScriptRun::ScriptRun(Request request, const ScriptLimits& limits, ScriptTurns& turns)
     : _request(std::move(request)),
       _limits(limits),
-      _texts(texts),
       _turn(turns),
       _stop(makeEvent()),
       _thread([this] { perform(); }) {}
@@ -72,8 +67,7 @@ ScriptRun::Result ScriptRun::runScript() const {
   try {
     return watchScript();
   } catch (const std::system_error& failure) {
-    const int code = failure.code().value();
-    return {Error{code, describeStartFailure(code)}, {}, false};
+    return {errorOfStart(failure.code().value()), {}, false};
   }
 }
 
@@ -92,33 +86,27 @@ std::optional<Error> ScriptRun::describe(ScriptWatch::Outcome outcome,
                                          const ScriptProcess& process) const {
   if (outcome == ScriptWatch::Outcome::TookTooLong) {
     const auto seconds = std::chrono::ceil<std::chrono::seconds>(_limits.time);
-    return Error{ETIMEDOUT,
-                 formatted(_texts.localizedStringForKey("The script took longer than %@ seconds."),
-                           std::to_string(seconds.count()))};
+    return Error{ETIMEDOUT, Error::Kind::ScriptTookTooLong, std::to_string(seconds.count())};
   }
   if (outcome == ScriptWatch::Outcome::PrintedTooMuch) {
-    return Error{EFBIG, _texts.localizedStringForKey("The script printed too much.")};
+    return Error{EFBIG, Error::Kind::ScriptPrintedTooMuch, _request.path};
   }
   const auto [kind, statusOrSignal] = process.ending();
   if (kind == ScriptProcess::Ending::Kind::Signaled) {
-    return Error{0, formatted(_texts.localizedStringForKey("The script was ended by a signal: %@."),
-                              signalName(statusOrSignal))};
+    return Error{0, Error::Kind::ScriptEndedBySignal, signalName(statusOrSignal)};
   }
   if (statusOrSignal != 0) {
-    return Error{0, formatted(_texts.localizedStringForKey("The script failed: exit status %@."),
-                              std::to_string(statusOrSignal))};
+    return Error{0, Error::Kind::ScriptFailed, std::to_string(statusOrSignal)};
   }
   return std::nullopt;
 }
 
-std::string ScriptRun::describeStartFailure(int code) const {
+Error ScriptRun::errorOfStart(int code) const {
   // The system answers a missing interpreter as if the script were missing.
   std::error_code ignored;
-  if (code == ENOENT && std::filesystem::exists(_request.path, ignored)) {
-    return _texts.localizedStringForKey(
-        "The program that the script is written for was not found.");
-  }
-  return UserLocale::errorDescription(code);
+  const bool isThere = code == ENOENT && std::filesystem::exists(_request.path, ignored);
+  return {code, isThere ? Error::Kind::MissingInterpreter : Error::Kind::StartingScript,
+          _request.path};
 }
 
 }  // namespace quennel

@@ -16,8 +16,6 @@
 
 namespace quennel {
 
-class Bundle;
-
 /// A script and the thread that waits for it: first for its turn, then for its end.
 class ScriptRun {
  public:
@@ -28,9 +26,8 @@ class ScriptRun {
     UserUnixTask::CompletionHandler completion;
   };
 
-  /// Starts the thread. `texts` and `turns` outlive the run. Throws std::system_error when the
-  /// system refuses.
-  ScriptRun(Request request, const ScriptLimits& limits, const Bundle& texts, ScriptTurns& turns);
+  /// Starts the thread. `turns` outlives the run. Throws std::system_error when the system refuses.
+  ScriptRun(Request request, const ScriptLimits& limits, ScriptTurns& turns);
   ScriptRun(const ScriptRun&) = delete;
   ScriptRun& operator=(const ScriptRun&) = delete;
   /// Ends a script that still runs, without calling its completion; waits for a completion that
@@ -52,11 +49,10 @@ class ScriptRun {
   Result runScript() const;
   Result watchScript() const;
   std::optional<Error> describe(ScriptWatch::Outcome outcome, const ScriptProcess& process) const;
-  std::string describeStartFailure(int code) const;
+  Error errorOfStart(int code) const;
 
   Request _request;
   ScriptLimits _limits;
-  const Bundle& _texts;
   ScriptTurns::Turn _turn;
   FileDescriptor _stop;
   std::atomic<bool> _done = false;

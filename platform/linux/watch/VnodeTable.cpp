@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/linux/locale/UserLocale.h"
 #include "platform/linux/mounts/MountTable.h"
 
 namespace quennel {
@@ -43,11 +42,10 @@ std::optional<std::string> resolved(const char* path) {
   return text;
 }
 
-void describeFailure(int code, Error* error) {
+void describeFailure(int code, const SharedText& path, Error* error) {
   if (error) {
-    *error = {code, code == ENOSPC
-                        ? "the limit of watched files is reached (fs.inotify.max_user_watches)"
-                        : UserLocale::errorDescription(code)};
+    *error = {code, code == ENOSPC ? Error::Kind::TooManyWatches : Error::Kind::Watching,
+              std::string(path.view())};
   }
 }
 
@@ -61,7 +59,7 @@ bool VnodeTable::isOpen(int descriptor) const {
 int VnodeTable::open(const SharedText& path, Error* error) {
   const auto sighting = watchPath(path);
   if (!sighting) {
-    describeFailure(errno, error);
+    describeFailure(errno, path, error);
     return -1;
   }
   return insert(path, *sighting);

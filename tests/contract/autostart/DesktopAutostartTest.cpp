@@ -7,6 +7,7 @@
 
 #include "platform/linux/autostart/DesktopAutostart.h"
 #include "tests/support/Process.h"
+#include "tests/support/Sentence.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -65,7 +66,7 @@ TEST_F(DesktopAutostartTest, FolderThatCannotBeMadeIsReported) {
   Error error;
   EXPECT_FALSE(autostart.setEnabled(true, &error));
   EXPECT_NE(error.code, 0);
-  EXPECT_FALSE(error.localizedDescription.empty());
+  EXPECT_FALSE(sentenceOf(error).empty());
 }
 
 }  // namespace quennel::test

@@ -11,6 +11,7 @@
 #include "platform/linux/files/PosixFileManager.h"
 #include "tests/support/CallLog.h"
 #include "tests/support/FakeFileManager.h"
+#include "tests/support/Sentence.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -175,7 +176,7 @@ TYPED_TEST(FileManagerContract, CopiesAFileWithPermissionsAndDates) {
   const FileAttributes::Date date{std::chrono::seconds(1'000'000'000)};
   ASSERT_TRUE(this->_files.setAttributes({0751, {}, date}, this->at("template")));
   ASSERT_TRUE(this->_files.copyItemAtPath(this->at("template"), this->at("copy"), &this->_error))
-      << this->_error.localizedDescription;
+      << sentenceOf(this->_error);
   EXPECT_THAT(this->_files.contentsAtPath(this->at("copy")), Optional(std::string("contents")));
   EXPECT_EQ(this->attributes(this->at("copy")).posixPermissions, 0751);
   EXPECT_EQ(this->attributes(this->at("copy")).modificationDate, date);
@@ -186,7 +187,7 @@ TYPED_TEST(FileManagerContract, CopiesAFolderWithAllItHolds) {
   this->addFile("template/inner/file", "contents");
   this->_world.addLink(this->at("template/link"), "inner/file");
   ASSERT_TRUE(this->_files.copyItemAtPath(this->at("template"), this->at("copy"), &this->_error))
-      << this->_error.localizedDescription;
+      << sentenceOf(this->_error);
   EXPECT_THAT(this->itemsBelow(this->at("copy")),
               UnorderedElementsAre("inner", "inner/empty", "inner/file", "link"));
   ASSERT_TRUE(this->_files.removeItemAtPath(this->at("template")));
@@ -224,12 +225,11 @@ TYPED_TEST(FileManagerContract, ACopyNeverReplacesADanglingLink) {
   EXPECT_EQ(this->_error.code, EEXIST);
 }
 
-TYPED_TEST(FileManagerContract, TheErrorOfACopyNamesBothPathsAndTheReason) {
+TYPED_TEST(FileManagerContract, TheErrorOfACopyNamesTheItemThatFailedAlone) {
   EXPECT_FALSE(this->_files.copyItemAtPath(this->at("missing"), this->at("copy"), &this->_error));
   EXPECT_EQ(this->_error.code, ENOENT);
-  EXPECT_THAT(this->_error.localizedDescription, HasSubstr(this->at("missing")));
-  EXPECT_THAT(this->_error.localizedDescription, HasSubstr(this->at("copy")));
-  EXPECT_THAT(this->_error.localizedDescription, HasSubstr("No such file or directory"));
+  EXPECT_THAT(sentenceOf(this->_error), HasSubstr(this->at("missing")));
+  EXPECT_THAT(sentenceOf(this->_error), Not(HasSubstr(this->at("copy"))));
 }
 
 TYPED_TEST(FileManagerContract, AFailureThatNobodyAsksAboutIsNoTrouble) {
@@ -381,7 +381,7 @@ TYPED_TEST(FileManagerContract, RemovesALinkNotWhatItPointsTo) {
 TYPED_TEST(FileManagerContract, RemovingWhatIsMissingIsAnErrorThatNamesIt) {
   EXPECT_FALSE(this->_files.removeItemAtPath(this->at("missing"), &this->_error));
   EXPECT_EQ(this->_error.code, ENOENT);
-  EXPECT_THAT(this->_error.localizedDescription, HasSubstr(this->at("missing")));
+  EXPECT_THAT(sentenceOf(this->_error), HasSubstr(this->at("missing")));
 }
 
 TYPED_TEST(FileManagerContract, MakesOneFolderAtATime) {
@@ -390,7 +390,7 @@ TYPED_TEST(FileManagerContract, MakesOneFolderAtATime) {
   EXPECT_EQ(this->_error.code, EEXIST);
   EXPECT_FALSE(this->_files.createDirectoryAtPath(this->at("b/c"), false, &this->_error));
   EXPECT_EQ(this->_error.code, ENOENT);
-  EXPECT_THAT(this->_error.localizedDescription, HasSubstr(this->at("b/c")));
+  EXPECT_THAT(sentenceOf(this->_error), HasSubstr(this->at("b/c")));
 }
 
 TYPED_TEST(FileManagerContract, MakesMissingParentsWhenAskedTo) {
@@ -469,9 +469,9 @@ TYPED_TEST(FileManagerContract, AttributesFollowLinks) {
 TYPED_TEST(FileManagerContract, AttributesOfWhatIsMissingAreAnErrorThatNamesIt) {
   EXPECT_EQ(this->_files.attributesOfItemAtPath(this->at("missing"), &this->_error), std::nullopt);
   EXPECT_EQ(this->_error.code, ENOENT);
-  EXPECT_THAT(this->_error.localizedDescription, HasSubstr(this->at("missing")));
+  EXPECT_THAT(sentenceOf(this->_error), HasSubstr(this->at("missing")));
   EXPECT_FALSE(this->_files.setAttributes({0644, {}, {}}, this->at("missing"), &this->_error));
-  EXPECT_THAT(this->_error.localizedDescription, HasSubstr(this->at("missing")));
+  EXPECT_THAT(sentenceOf(this->_error), HasSubstr(this->at("missing")));
 }
 
 TYPED_TEST(FileManagerContract, TellsWhatCanBeWritten) {

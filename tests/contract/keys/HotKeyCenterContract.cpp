@@ -11,6 +11,7 @@
 #include "tests/support/HotKeyActions.h"
 #include "tests/support/KeyboardDisplay.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/Sentence.h"
 
 namespace quennel::test {
 namespace {
@@ -244,7 +245,7 @@ TEST_P(HotKeyCenterContract, RefusalSaysWhyOnlyWhenItHappens) {
   Error error;
   EXPECT_FALSE(center().registerHotKey(_actions.hotKey("a", "nonsense"), &error));
   EXPECT_NE(error.code, 0);
-  EXPECT_NE(error.localizedDescription, "");
+  EXPECT_NE(sentenceOf(error), "");
   error = {};
   EXPECT_TRUE(center().registerHotKey(_actions.hotKey("a", "Ctrl+Alt+N"), &error));
   EXPECT_EQ(error.code, 0);

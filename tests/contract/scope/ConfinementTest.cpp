@@ -17,6 +17,7 @@
 
 #include "tests/contract/scope/VolumeTest.h"
 #include "tests/support/RootCommands.h"
+#include "tests/support/Sentence.h"
 
 namespace quennel::test {
 namespace {
@@ -92,15 +93,14 @@ class Confinement : public VolumeTest,
 };
 
 TEST_P(Confinement, LetsEveryOperationWorkInAGrant) {
-  EXPECT_TRUE(copyTo(granted + "/copy")) << error.localizedDescription;
+  EXPECT_TRUE(copyTo(granted + "/copy")) << sentenceOf(error);
   EXPECT_EQ(contentsOf(granted + "/copy"), "template");
-  EXPECT_TRUE(setMode(granted + "/copy", 0711)) << error.localizedDescription;
+  EXPECT_TRUE(setMode(granted + "/copy", 0711)) << sentenceOf(error);
   EXPECT_EQ(modeOf(granted + "/copy"), 0711U);
-  EXPECT_TRUE(files->writeContents("new", granted + "/copy")) << error.localizedDescription;
+  EXPECT_TRUE(files->writeContents("new", granted + "/copy")) << sentenceOf(error);
   EXPECT_EQ(contentsOf(granted + "/copy"), "new");
-  EXPECT_TRUE(files->createDirectoryAtPath(granted + "/a/b/c", true, &error))
-      << error.localizedDescription;
-  EXPECT_TRUE(files->removeItemAtPath(granted + "/a", &error)) << error.localizedDescription;
+  EXPECT_TRUE(files->createDirectoryAtPath(granted + "/a/b/c", true, &error)) << sentenceOf(error);
+  EXPECT_TRUE(files->removeItemAtPath(granted + "/a", &error)) << sentenceOf(error);
   EXPECT_FALSE(exists(granted + "/a"));
 }
 
@@ -111,7 +111,7 @@ TEST_P(Confinement, LetsAFolderBeCopiedIntoAGrantByTwoThreads) {
     writeFile(tree + "/" + std::to_string(index % 20) + "/" + std::to_string(index), "text");
   }
   create_hard_link(tree + "/0/0", tree + "/1/linked");
-  EXPECT_TRUE(files->copyItemAtPath(tree, granted + "/tree", &error)) << error.localizedDescription;
+  EXPECT_TRUE(files->copyItemAtPath(tree, granted + "/tree", &error)) << sentenceOf(error);
   EXPECT_EQ(contentsOf(granted + "/tree/19/599"), "text");
   EXPECT_EQ(contentsOf(granted + "/tree/1/linked"), "text");
 }
@@ -178,7 +178,7 @@ TEST_P(Confinement, LeavesWhatIsNotInAGrantInItsPlace) {
 
 TEST_P(Confinement, FollowsALinkIntoAGrant) {
   create_directory_symlink(granted, outside + "/link");
-  EXPECT_TRUE(copyTo(outside + "/link/copy")) << error.localizedDescription;
+  EXPECT_TRUE(copyTo(outside + "/link/copy")) << sentenceOf(error);
   EXPECT_TRUE(setMode(outside + "/link/copy", 0600));
   EXPECT_TRUE(files->isWritableFileAtPath(outside + "/link"));
   EXPECT_EQ(modeOf(granted + "/copy"), 0600U);
@@ -188,7 +188,7 @@ TEST_P(Confinement, FollowsRelativeLinksAndTellsLinksThatGoRound) {
   create_symlink("../granted/target", granted + "/first");
   create_symlink("first", granted + "/second");
   writeFile(granted + "/target", "text");
-  EXPECT_TRUE(setMode(granted + "/second", 0600)) << error.localizedDescription;
+  EXPECT_TRUE(setMode(granted + "/second", 0600)) << sentenceOf(error);
   EXPECT_EQ(modeOf(granted + "/target"), 0600U);
   create_symlink("round", granted + "/round");
   EXPECT_FALSE(setMode(granted + "/round", 0600));
@@ -201,7 +201,7 @@ TEST_P(Confinement, ResolvesParentReferencesBeforeItDecides) {
   EXPECT_FALSE(files->removeItemAtPath(granted + "/below/../../outside/file"));
   EXPECT_FALSE(copyTo(granted + "/below/.."));
   expectOutsideUntouched();
-  EXPECT_TRUE(copyTo(granted + "/below/../copy")) << error.localizedDescription;
+  EXPECT_TRUE(copyTo(granted + "/below/../copy")) << sentenceOf(error);
   EXPECT_TRUE(exists(granted + "/copy"));
 }
 
@@ -215,14 +215,14 @@ TEST_P(Confinement, ReachesAFileInAGrantThatHasAnotherNameOutside) {
 TEST_P(Confinement, ReachesAnotherVolumeThatIsMountedInAGrant) {
   Volume inner(Filesystem::Tmpfs);
   ASSERT_TRUE(inner.mountAt(granted + "/below"));
-  EXPECT_TRUE(copyTo(granted + "/below/copy")) << error.localizedDescription;
+  EXPECT_TRUE(copyTo(granted + "/below/copy")) << sentenceOf(error);
   EXPECT_TRUE(setMode(granted + "/below/copy", 0600));
   EXPECT_TRUE(files->isWritableFileAtPath(granted + "/below"));
 }
 
 TEST_P(Confinement, KnowsAGrantedFolderUnderABindMountAndNothingAroundIt) {
   ASSERT_TRUE(RootCommands::run("mount --bind " + granted + " " + elsewhere));
-  EXPECT_TRUE(copyTo(elsewhere + "/copy")) << error.localizedDescription;
+  EXPECT_TRUE(copyTo(elsewhere + "/copy")) << sentenceOf(error);
   ASSERT_TRUE(RootCommands::run("umount " + elsewhere));
   ASSERT_TRUE(RootCommands::run("mount --bind " + outside + " " + elsewhere));
   EXPECT_FALSE(copyTo(elsewhere + "/copy"));
@@ -233,7 +233,7 @@ TEST_P(Confinement, KnowsAGrantedFolderUnderABindMountAndNothingAroundIt) {
 TEST_P(Confinement, FollowsAGrantedFolderThatIsRenamedWhileTheProgramRuns) {
   rename(granted, volume + "/renamed");
   makeFolder(granted);
-  EXPECT_TRUE(copyTo(volume + "/renamed/copy")) << error.localizedDescription;
+  EXPECT_TRUE(copyTo(volume + "/renamed/copy")) << sentenceOf(error);
   EXPECT_FALSE(copyTo(granted + "/copy"));
 }
 
@@ -292,9 +292,9 @@ TEST_P(Confinement, SpeaksOfThePathThatTheCallerKnows) {
   EXPECT_TRUE(copyTo(granted + "/copy"));
   for (const std::string& path : {granted + "/copy", outside + "/copy"}) {
     EXPECT_FALSE(copyTo(path));
-    EXPECT_THAT(error.localizedDescription, ::testing::HasSubstr(path));
+    EXPECT_THAT(sentenceOf(error), ::testing::HasSubstr(path));
   }
-  EXPECT_THAT(error.localizedDescription, ::testing::Not(::testing::HasSubstr("/proc")));
+  EXPECT_THAT(sentenceOf(error), ::testing::Not(::testing::HasSubstr("/proc")));
 }
 
 TEST_P(Confinement, SetsAttributesOfFoldersAndOfFilesThatCannotBeWritten) {
@@ -340,7 +340,7 @@ TEST_P(Confinement, FindsAFolderUnwritableOnAVolumeThatIsMountedReadOnly) {
 TEST_P(Confinement, AllowsTheSavePanelsLocationAndNothingElse) {
   const std::string location = outside + "/chosen";
   scope->allowForThisRun(location, Extent::Item);
-  EXPECT_TRUE(copyTo(location)) << error.localizedDescription;
+  EXPECT_TRUE(copyTo(location)) << sentenceOf(error);
   EXPECT_TRUE(setMode(location, 0600));
   EXPECT_TRUE(files->removeItemAtPath(location));
   EXPECT_FALSE(copyTo(outside + "/other"));
@@ -353,8 +353,8 @@ TEST_P(Confinement, AllowsTheSavePanelsLocationAndNothingElse) {
 TEST_P(Confinement, AllowsWhatIsInAFolderAtTheSavePanelsLocation) {
   const std::string location = outside + "/chosen";
   scope->allowForThisRun(location, Extent::Item);
-  ASSERT_TRUE(files->createDirectoryAtPath(location, false, &error)) << error.localizedDescription;
-  EXPECT_TRUE(copyTo(location + "/copy")) << error.localizedDescription;
+  ASSERT_TRUE(files->createDirectoryAtPath(location, false, &error)) << sentenceOf(error);
+  EXPECT_TRUE(copyTo(location + "/copy")) << sentenceOf(error);
   EXPECT_TRUE(setMode(location + "/copy", 0600));
   EXPECT_TRUE(setMode(location, 0700));
   EXPECT_TRUE(files->removeItemAtPath(location));

@@ -11,6 +11,7 @@
 
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "tests/support/FakeSecurityScope.h"
+#include "tests/support/Sentence.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -108,7 +109,7 @@ TYPED_TEST(SecurityScopeContract, WithoutAFolderThereIsNoBookmark) {
   Error error;
   EXPECT_FALSE(this->_scope.bookmarkDataForPath(this->granted + "/missing", &error));
   EXPECT_NE(error.code, 0);
-  EXPECT_NE(error.localizedDescription, "");
+  EXPECT_NE(sentenceOf(error), "");
 }
 
 TYPED_TEST(SecurityScopeContract, ABookmarkFollowsAFolderThatIsRenamedOrGivesNothing) {
@@ -210,7 +211,7 @@ TYPED_TEST(SecurityScopeContract, ARefusalSaysWhy) {
   EXPECT_FALSE(this->_scope.performConfined(
       this->outside + "/new", [](const std::string&) { return true; }, &error));
   EXPECT_EQ(error.code, EACCES);
-  EXPECT_NE(error.localizedDescription, "");
+  EXPECT_NE(sentenceOf(error), "");
 }
 
 TYPED_TEST(SecurityScopeContract, RefusedWorkIsNotCalled) {

@@ -13,6 +13,7 @@
 #include "platform/linux/scope/BookmarkKey.h"
 #include "tests/contract/scope/VolumeTest.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Sentence.h"
 
 namespace quennel::test {
 namespace {
@@ -133,7 +134,7 @@ TEST_F(Token, CannotBeMadeWhereTheKeyCannotBeWritten) {
   Error error;
   EXPECT_FALSE(keyless.bookmarkDataForPath(folder, &error));
   EXPECT_EQ(error.code, ENOTDIR);
-  EXPECT_NE(error.localizedDescription, "");
+  EXPECT_NE(sentenceOf(error), "");
 }
 
 TEST_F(Token, OfPathsThatAreNotTextResolves) {

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/Sentence.h"
+
 namespace quennel::test {
 
 void makeFolder(const std::string& path) { std::filesystem::create_directories(path); }
@@ -54,7 +56,7 @@ void VolumeTest::grant(const std::string& path) {
 PropertyList::Data VolumeTest::bookmark(const std::string& path) const {
   Error error;
   const auto token = newScope()->bookmarkDataForPath(path, &error);
-  EXPECT_TRUE(token) << error.localizedDescription;
+  EXPECT_TRUE(token) << sentenceOf(error);
   return token.value_or(PropertyList::Data{});
 }
 

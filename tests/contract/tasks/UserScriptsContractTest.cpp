@@ -14,6 +14,7 @@
 #include "platform/linux/tasks/LinuxUserScripts.h"
 #include "tests/support/FakeBundle.h"
 #include "tests/support/FakeUserScripts.h"
+#include "tests/support/Sentence.h"
 #include "tests/support/TaskOutcome.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -43,7 +44,7 @@ class FakeScripts {
  public:
   UserScripts& get() { return _scripts; }
   std::string printing(const std::string& text) { return add({text, std::nullopt}); }
-  std::string failing() { return add({"/tmp\n", Error{0, "It failed."}}); }
+  std::string failing() { return add({"/tmp\n", Error{0, Error::Kind::ScriptFailed, "1"}}); }
 
  private:
   std::string add(const FakeUserScripts::Script& script) {
@@ -72,7 +73,7 @@ TYPED_TEST_SUITE(UserScriptsContract, Subjects, SubjectNames);
 TYPED_TEST(UserScriptsContract, NoTaskIsMadeForAFileThatIsNotThere) {
   Error error;
   EXPECT_EQ(this->_scripts.get().createTask("/no/such/script.sh", &error), nullptr);
-  EXPECT_EQ(error.localizedDescription, "No such file or directory");
+  EXPECT_EQ(error, (Error{ENOENT, Error::Kind::StartingScript, "/no/such/script.sh"}));
 }
 
 TYPED_TEST(UserScriptsContract, NobodyNeedsToAskWhyThereIsNoTask) {
@@ -99,7 +100,7 @@ TYPED_TEST(UserScriptsContract, TheCompletionIsNotCalledOnTheMainThread) {
 TYPED_TEST(UserScriptsContract, AScriptThatFailsGivesAnErrorAndNoOutput) {
   TaskOutcome outcome(this->_scripts.get(), this->_scripts.failing());
   ASSERT_TRUE(outcome.error());
-  EXPECT_NE(outcome.error()->localizedDescription, "");
+  EXPECT_NE(sentenceOf(*outcome.error()), "");
   EXPECT_EQ(outcome.output(), "");
 }
 

@@ -21,6 +21,7 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Deadline.h"
 #include "tests/support/LoopMount.h"
+#include "tests/support/Sentence.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -241,7 +242,7 @@ TEST_F(AnInotifyKernelQueue, WatchesAsManyFilesAsTheSystemAllowsAndSaysWhenItCan
     const bool isRest = files.fired("19") == (NOTE_WRITE | NOTE_EXTEND);
     files.queue().close(0);
     const bool isRoom = files.queue().open(SharedText(_folder / "more")) >= 0;
-    return isRefused && isRest && isRoom ? error.localizedDescription : "failed";
+    return isRefused && isRest && isRoom ? sentenceOf(error) : "failed";
   });
   if (said.starts_with("skip")) {
     GTEST_SKIP() << said;

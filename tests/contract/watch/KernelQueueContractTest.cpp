@@ -14,6 +14,7 @@
 #include "platform/linux/watch/InotifyKernelQueueFactory.h"
 #include "tests/support/Deadline.h"
 #include "tests/support/FakeKernelQueue.h"
+#include "tests/support/Sentence.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quennel::test {
@@ -137,7 +138,7 @@ TEST_P(KernelQueueContract, AMissingPathCannotBeOpened) {
   Error error;
   EXPECT_EQ(_queue->open(SharedText(at("missing")), &error), -1);
   EXPECT_EQ(error.code, ENOENT);
-  EXPECT_FALSE(error.localizedDescription.empty());
+  EXPECT_FALSE(sentenceOf(error).empty());
 }
 
 TEST_P(KernelQueueContract, AnEventCarriesFilterDescriptorKindsAndReference) {

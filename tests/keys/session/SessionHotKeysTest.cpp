@@ -21,6 +21,7 @@
 #include "tests/support/KeyboardDisplay.h"
 #include "tests/support/PortalStandIn.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/Sentence.h"
 
 namespace quennel::test {
 namespace {
@@ -106,7 +107,7 @@ TEST_F(SessionHotKeysTest, DisplayThatIsNotThereRefusesEveryKey) {
   setenv("DISPLAY", ":65000", 1);
   EXPECT_EQ(inChildProcess([] {
               Session session;
-              return session.bind("Ctrl+Alt+N") ? "bound" : session.error.localizedDescription;
+              return session.bind("Ctrl+Alt+N") ? "bound" : sentenceOf(session.error);
             }),
             "The display cannot be reached.");
 }
@@ -130,7 +131,7 @@ TEST_F(SessionHotKeysTest, FirstCombinationLoadsTheModuleAndNothingBeforeIt) {
       return "loaded too early";
     }
     if (!session.bind("Ctrl+Alt+N") || !hasLoaded("libxcb")) {
-      return session.error.localizedDescription;
+      return sentenceOf(session.error);
     }
     display.press("ctrl+alt+n");
     return session.runUntil([&] { return session.actions.received.size() == 1; }) ? "sent"

@@ -38,14 +38,14 @@ std::unique_ptr<X11HotKeys> X11HotKeys::open(sd_event* event, RunLoop& runLoop,
   int screen = 0;
   XCBConnection connection(xcb_connect(nullptr, &screen));
   if (xcb_connection_has_error(connection.get()) != 0) {
-    failWith(error, ECONNREFUSED, "The display cannot be reached.");
+    failWith(error, ECONNREFUSED, Error::Kind::UnreachableDisplay);
     return nullptr;
   }
   const xcb_window_t root = rootOfScreen(connection.get(), screen);
   std::unique_ptr<X11HotKeys> hotKeys(
       new X11HotKeys(runLoop, listener, std::move(connection), root));
   if (!hotKeys->start(event)) {
-    failWith(error, ENOTSUP, "The display does not tell about its keyboard.");
+    failWith(error, ENOTSUP, Error::Kind::SilentKeyboard);
     return nullptr;
   }
   return hotKeys;
@@ -118,7 +118,7 @@ bool X11HotKeys::watchConnection(sd_event* event) {
 bool X11HotKeys::bind(const Request& request, Error* error) {
   const X11KeyPlace place = _keyboard.placeOf(request.combination);
   if (place.keycodes.empty()) {
-    return failWith(error, ENOENT, "No key of this keyboard is called so.");
+    return failWith(error, ENOENT, Error::Kind::UnknownKey);
   }
   const bool isFree = !isTaken(place) && grab(place);
   if (isFree) {
@@ -126,9 +126,9 @@ bool X11HotKeys::bind(const Request& request, Error* error) {
   }
   takeEvents();  // what came with the answers shows on no descriptor any more
   if (!isAlive()) {
-    return failWith(error, ECONNREFUSED, "The display cannot be reached.");
+    return failWith(error, ECONNREFUSED, Error::Kind::UnreachableDisplay);
   }
-  return isFree || failWith(error, EBUSY, "Another program has this key combination.");
+  return isFree || failWith(error, EBUSY, Error::Kind::CombinationInUse);
 }
 
 void X11HotKeys::unbind(HotKeyNumber number) {
