@@ -84,7 +84,7 @@ class FakeFileManager : public FileManager {
   Node& folderFor(const std::string& path);
   int add(const std::string& path, NodePointer node, bool replace);
   bool isProtected(const std::string& path) const;
-  /// Why the item cannot be copied; 0 when it can.
+  /// Answers whether the item can be copied, else fills `error`.
   bool mayCopy(const std::string& path, const std::string& toPath, Error* error) const;
   bool leadsThrough(const std::string& path, const NodePointer& item, int depth = 0) const;
   /// Counts the call; answers the failure that the test wants of it.
