@@ -310,7 +310,7 @@ TEST_F(NewFilePanel, IsCountedUntilTheNewFileHasBeenShownAndOpened) {
   }
   std::vector<std::string> counted;
   fakes.log.during = [&](const std::string& call) {
-    if (delegate->panelCount() == 1) {
+    if (room.panelCount.value() == 1) {
       counted.push_back(call);
     }
   };
@@ -318,17 +318,14 @@ TEST_F(NewFilePanel, IsCountedUntilTheNewFileHasBeenShownAndOpened) {
   ASSERT_GE(counted.size(), 3u);
   EXPECT_EQ(std::vector(counted.end() - 3, counted.end()),
             (std::vector<std::string>{"reveal", "sound", "open"}));
-  EXPECT_EQ(delegate->panelCount(), 0);
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(NewFilePanel, OneThatCouldNotBeShownDoesNotKeepTheHelper) {
   answer([](FakeSavePanel&) { return ModalResponse::Abort; });
-  launch();
-  open("quennel:///d?0");
-  EXPECT_FALSE(exists("/d/untitled.txt"));
-  EXPECT_EQ(delegate->panelCount(), 0);
-  fakes.runLoop.advance(11s);
-  EXPECT_TRUE(terminated());
+  show(templateRecord("untitled", "txt"));
+  EXPECT_TRUE(fakes.fileManager.calls.empty());
+  EXPECT_EQ(room.panelCount.value(), 0);
 }
 
 TEST_F(NewFilePanel, CancellingMakesNothingAndLeavesItCounted) {
