@@ -28,7 +28,7 @@ class Desktop : public HotKeyBackend {
 
   bool bind(const Request& request, Error* error) override {
     _numbers.push_back(request.number);
-    return _isThere || failWith(error, ECONNREFUSED, "gone");
+    return _isThere || failWith(error, ECONNREFUSED, Error::Kind::UnreachableDisplay);
   }
   void unbind(HotKeyNumber number) override { std::erase(_numbers, number); }
   bool isAlive() const override { return !_hasEnded; }
@@ -111,7 +111,7 @@ class DisplayFollowerTest : public testing::Test {
   DesktopHotKeyCenter center{
       loop, [this](HotKeyListener& listener, Error* error) -> std::unique_ptr<HotKeyBackend> {
         if (!isThere) {
-          failWith(error, ECONNREFUSED, "gone");
+          failWith(error, ECONNREFUSED, Error::Kind::UnreachableDisplay);
           return nullptr;
         }
         auto opened = std::make_unique<Desktop>(isThere, listener);
