@@ -21,9 +21,9 @@ void useUsersLanguage() {
   std::setlocale(LC_MESSAGES, "");
   bind_textdomain_codeset("nautilus", "UTF-8");
   std::error_code failure;
-  // PREFIX/share/quennelhelper/get-finder-path.scpt
+  // PREFIX/lib/quennelhelper/get-finder-path.scpt
   const auto self = std::filesystem::read_symlink("/proc/self/exe", failure);
-  const auto locales = self.parent_path().parent_path() / "locale";
+  const auto locales = self.parent_path().parent_path().parent_path() / "share/locale";
   bindtextdomain(catalogue, locales.c_str());
   bind_textdomain_codeset(catalogue, "UTF-8");
 }
