@@ -10,6 +10,6 @@ appstreamcli validate --no-net --explain "$metainfo"
 newest=$(sed -n 's/.*<release version="\([^"]*\)".*/\1/p' "$metainfo" | head -n 1)
 built=$("$build/bin/quennelctl" --version)
 [ "quennelctl $newest" = "$built" ] || { echo "its newest release is $newest, this is $built"; exit 1; }
-for binary in $(sed -n 's|.*<binary>\(.*\)</binary>.*|\1|p' "$metainfo"); do
+sed -n 's|.*<binary>\(.*\)</binary>.*|\1|p' "$metainfo" | while read -r binary; do
   [ -x "$build/bin/$binary" ] || { echo "there is no program $binary"; exit 1; }
 done
