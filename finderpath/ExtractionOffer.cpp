@@ -1,13 +1,12 @@
 #include "finderpath/ExtractionOffer.h"
 
+#include <utility>
+
 #include "finderpath/FileManagerBus.h"
+#include "platform/linux/filemanagers/DropType.h"
 
 namespace quennel {
 namespace {
-
-constexpr auto serviceType = "application/x-kde-ark-dndextract-service";
-constexpr auto pathType = "application/x-kde-ark-dndextract-path";
-constexpr auto objectPath = "/DndExtract";
 
 std::string withoutSlashesAtTheEnd(std::string path) {
   while (path.size() > 1 && path.ends_with('/')) {
@@ -18,33 +17,28 @@ std::string withoutSlashesAtTheEnd(std::string path) {
 
 }  // namespace
 
-const sd_bus_vtable ExtractionOffer::methods[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD("extractSelectedFilesTo", "s", "", extractSelectedFilesTo,
-                  SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_VTABLE_END};
-
 std::unique_ptr<ExtractionOffer> ExtractionOffer::create(const FileManagerBus& bus) {
   std::unique_ptr<ExtractionOffer> offer(new ExtractionOffer(bus));
-  sd_bus_slot* slot = nullptr;
-  if (sd_bus_add_object_vtable(bus.handle(), &slot, objectPath, "org.kde.ark.DndExtract", methods,
-                               offer.get()) < 0) {
-    return nullptr;
-  }
-  offer->_object.reset(slot);
-  return offer;
+  offer->_object =
+      ExtractionObject::publish(bus.handle(), [&offer = *offer](const std::string& folder) {
+        offer.keep(folder);
+        return 0;
+      });
+  return offer->_object ? std::move(offer) : nullptr;
 }
 
-std::vector<std::string> ExtractionOffer::types() const { return {serviceType, pathType}; }
+std::vector<std::string> ExtractionOffer::types() const {
+  return {drop_type::extractionService, drop_type::extractionPath};
+}
 
 void ExtractionOffer::begin(xcb_window_t) { _folder.reset(); }
 
 std::optional<std::string> ExtractionOffer::dataForType(const std::string& type) {
-  const char* name = nullptr;
-  if (type == serviceType && sd_bus_get_unique_name(_bus.handle(), &name) >= 0) {
-    return name;
+  if (type == drop_type::extractionService) {
+    return _object->busName();
   }
-  return type == pathType ? std::optional<std::string>(objectPath) : std::nullopt;
+  return type == drop_type::extractionPath ? std::optional<std::string>(ExtractionObject::path)
+                                           : std::nullopt;
 }
 
 int ExtractionOffer::descriptor() const { return sd_bus_get_fd(_bus.handle()); }
@@ -55,16 +49,10 @@ void ExtractionOffer::serve() {
   sd_bus_flush(_bus.handle());
 }
 
-int ExtractionOffer::extractSelectedFilesTo(sd_bus_message* message, void* self, sd_bus_error*) {
-  const char* folder = nullptr;
-  const int result = sd_bus_message_read(message, "s", &folder);
-  if (result < 0) {
-    return result;
+void ExtractionOffer::keep(const std::string& folder) {
+  if (folder.starts_with('/')) {
+    _folder = withoutSlashesAtTheEnd(folder);
   }
-  if (folder[0] == '/') {
-    static_cast<ExtractionOffer*>(self)->_folder = withoutSlashesAtTheEnd(folder);
-  }
-  return sd_bus_reply_method_return(message, "");
 }
 
 }  // namespace quennel

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <systemd/sd-bus.h>
-
 #include <memory>
 
 #include "finderpath/DragOffer.h"
+#include "platform/linux/filemanagers/ExtractionObject.h"
 
 namespace quennel {
 
@@ -25,18 +24,12 @@ class ExtractionOffer final : public DragOffer {
   void serve() override;
 
  private:
-  struct Unref {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-  };
-
   explicit ExtractionOffer(const FileManagerBus& bus) : _bus(bus) {}
-  static int extractSelectedFilesTo(sd_bus_message* message, void* self, sd_bus_error* error);
-
-  static const sd_bus_vtable methods[];
+  void keep(const std::string& folder);
 
   const FileManagerBus& _bus;
-  std::unique_ptr<sd_bus_slot, Unref> _object;
   std::optional<std::string> _folder;
+  std::unique_ptr<ExtractionObject> _object;
 };
 
 }  // namespace quennel

@@ -1,31 +1,14 @@
 #include "finderpath/FileManagerWindow.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 #include "finderpath/XDisplay.h"
 
 namespace quennel {
 namespace {
-
-/// By the second part of the property WM_CLASS, in small letters.
-constexpr std::array<std::pair<std::string_view, FileManagerKind>, 9> classes{{
-    {"thunar", FileManagerKind::SavesDrops},
-    {"pcmanfm", FileManagerKind::SavesDrops},
-    {"nemo", FileManagerKind::SavesDrops},
-    {"caja", FileManagerKind::SavesDrops},
-    {"pcmanfm-qt", FileManagerKind::SavesDropsUnderPointer},
-    {"dolphin", FileManagerKind::ExtractsDrops},
-    {"org.kde.dolphin", FileManagerKind::ExtractsDrops},
-    {"nautilus", FileManagerKind::ListsLocations},
-    {"org.gnome.nautilus", FileManagerKind::ListsLocations},
-}};
 
 std::optional<FileManagerKind> kindOf(XDisplay& display, xcb_window_t window) {
   // Two texts, each with a NUL behind it.
@@ -34,13 +17,8 @@ std::optional<FileManagerKind> kindOf(XDisplay& display, xcb_window_t window) {
   if (firstEnd == std::string::npos) {
     return std::nullopt;
   }
-  std::string name = texts.substr(firstEnd + 1);
-  name.resize(std::min(name.find('\0'), name.size()));
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](unsigned char letter) { return std::tolower(letter); });
-  const auto found = std::find_if(classes.begin(), classes.end(),
-                                  [&](const auto& entry) { return entry.first == name; });
-  return found == classes.end() ? std::nullopt : std::optional(found->second);
+  const std::string second = texts.substr(firstEnd + 1);
+  return fileManagerOfClass(second.substr(0, second.find('\0')));
 }
 
 bool holds(const std::vector<std::uint32_t>& numbers, std::uint32_t number) {

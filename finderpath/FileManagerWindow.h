@@ -6,21 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/filemanagers/FileManagerKind.h"
+
 namespace quennel {
 
 class XDisplay;
-
-/// The file managers whose windows can be asked for their folder, by how they are asked.
-enum class FileManagerKind {
-  /// Thunar, PCManFM, Nemo, Caja: tell a drag where to save.
-  SavesDrops,
-  /// PCManFM-Qt: tells it only when the pointer is over the place of the drop.
-  SavesDropsUnderPointer,
-  /// Dolphin: tells another program where to extract to.
-  ExtractsDrops,
-  /// Nautilus: tells the folders of all windows.
-  ListsLocations,
-};
 
 /// A file manager's window on the X display.
 struct FileManagerWindow {

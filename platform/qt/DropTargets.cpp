@@ -1,22 +1,18 @@
 #include "platform/qt/DropTargets.h"
 
-#include <algorithm>
-#include <array>
+#include <cstddef>
+
+#include "platform/linux/filemanagers/DropType.h"
+#include "platform/linux/filemanagers/FileManagerKind.h"
 
 namespace quennel {
-namespace {
-
-bool isOneOf(const QByteArray& windowClass, std::initializer_list<const char*> names) {
-  const QByteArray lower = windowClass.toLower();
-  return std::any_of(names.begin(), names.end(),
-                     [&](const char* name) { return lower.contains(name); });
-}
-
-}  // namespace
 
 bool isOfferedTo(const QByteArray& windowClass, const QString& type) {
-  const bool saves = isOneOf(windowClass, {"thunar", "xfdesktop", "pcmanfm", "nemo", "caja"});
-  const bool extracts = isOneOf(windowClass, {"dolphin"});
+  const auto kind =
+      fileManagerNamedIn({windowClass.data(), static_cast<std::size_t>(windowClass.size())});
+  const bool extracts = kind == FileManagerKind::ExtractsDrops;
+  const bool saves =
+      kind == FileManagerKind::SavesDrops || kind == FileManagerKind::SavesDropsUnderPointer;
   if (type == drop_type::directSave) {
     return saves;
   }

@@ -2,21 +2,10 @@
 
 #include <QtCore/QObject>
 #include <cerrno>
-#include <string_view>
+#include <string>
 #include <utility>
 
 namespace quennel {
-namespace {
-
-constexpr auto extractionPath = "/DndExtract";
-
-}  // namespace
-
-const sd_bus_vtable ExtractionService::methods[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD("extractSelectedFilesTo", "s", "", extractSelectedFilesTo,
-                  SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_VTABLE_END};
 
 std::shared_ptr<ExtractionService> ExtractionService::create(
     std::shared_ptr<const FilePromise> promise) {
@@ -32,12 +21,11 @@ ExtractionService::ExtractionService(sd_bus* bus, std::shared_ptr<const FileProm
     : _bus(bus), _promise(std::move(promise)) {}
 
 bool ExtractionService::publish() {
-  sd_bus_slot* slot = nullptr;
-  if (sd_bus_add_object_vtable(_bus.get(), &slot, extractionPath, "org.kde.ark.DndExtract", methods,
-                               this) < 0) {
+  _object = ExtractionObject::publish(
+      _bus.get(), [this](const std::string& folder) { return extractTo(folder); });
+  if (!_object) {
     return false;
   }
-  _object.reset(slot);
   const int descriptor = sd_bus_get_fd(_bus.get());
   if (descriptor < 0 || busName().isEmpty()) {
     return false;
@@ -50,11 +38,8 @@ bool ExtractionService::publish() {
 }
 
 QByteArray ExtractionService::busName() const {
-  const char* name = nullptr;
-  return sd_bus_get_unique_name(_bus.get(), &name) < 0 ? QByteArray() : QByteArray(name);
+  return QByteArray::fromStdString(_object->busName().value_or(std::string()));
 }
-
-QByteArray ExtractionService::objectPath() const { return extractionPath; }
 
 void ExtractionService::process() {
   int result = 1;
@@ -67,22 +52,11 @@ void ExtractionService::process() {
   }
 }
 
-int ExtractionService::extractSelectedFilesTo(sd_bus_message* message, void* self,
-                                              sd_bus_error* error) {
-  const char* folder = nullptr;
-  const int result = sd_bus_message_read(message, "s", &folder);
-  if (result < 0) {
-    return result;
+int ExtractionService::extractTo(const std::string& folder) const {
+  if (!_isAnswering) {
+    return EACCES;
   }
-  const auto& service = *static_cast<ExtractionService*>(self);
-  if (!service._isAnswering) {
-    return sd_bus_error_set_errno(error, EACCES);
-  }
-  const bool isAbsolute = std::string_view(folder).starts_with('/');
-  if (!isAbsolute || !service._promise->keep(folder)) {
-    return sd_bus_error_set_errno(error, EIO);
-  }
-  return sd_bus_reply_method_return(message, "");
+  return folder.starts_with('/') && _promise->keep(folder) ? 0 : EIO;
 }
 
 }  // namespace quennel

@@ -5,13 +5,15 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QSocketNotifier>
 #include <memory>
+#include <string>
 
+#include "platform/linux/filemanagers/ExtractionObject.h"
 #include "platform/qt/FilePromise.h"
 
 namespace quennel {
 
-/// An object on the session bus that writes a promised file to the folder that it is told, as
-/// archive programs of KDE have it for files that are dragged out of an archive.
+/// An `ExtractionObject` on a bus connection of its own, served by the toolkit's loop: writes a
+/// promised file to the folder that it is told.
 class ExtractionService {
  public:
   /// Null without a session bus.
@@ -25,26 +27,21 @@ class ExtractionService {
   void endAnswering() { _isAnswering = false; }
 
   QByteArray busName() const;
-  QByteArray objectPath() const;
 
  private:
   struct Close {
     void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
   };
-  struct Unref {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-  };
-  static const sd_bus_vtable methods[];
 
   ExtractionService(sd_bus* bus, std::shared_ptr<const FilePromise> promise);
 
   bool publish();
   void process();
-  static int extractSelectedFilesTo(sd_bus_message* message, void* self, sd_bus_error* error);
+  int extractTo(const std::string& folder) const;
 
   std::unique_ptr<sd_bus, Close> _bus;
-  std::unique_ptr<sd_bus_slot, Unref> _object;
   std::shared_ptr<const FilePromise> _promise;
+  std::unique_ptr<ExtractionObject> _object;
   std::unique_ptr<QSocketNotifier> _notifier;
   bool _isAnswering = false;
 };

@@ -5,6 +5,7 @@
 #include <QtCore/QUrl>
 #include <utility>
 
+#include "platform/linux/filemanagers/DropType.h"
 #include "platform/qt/ArrivalWatch.h"
 #include "platform/qt/DropTargets.h"
 #include "platform/qt/ExtractionService.h"
@@ -70,7 +71,7 @@ QVariant PromisedFileData::retrieveData(const QString& format, QMetaType) const 
   if (_extraction && format == drop_type::extractionPath) {
     // A target reads this when it has been dropped on, and calls then.
     _extraction->beginAnswering();
-    return _extraction->objectPath();
+    return QByteArray(ExtractionObject::path);
   }
   return {};
 }

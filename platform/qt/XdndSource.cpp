@@ -7,6 +7,7 @@
 #include <QtWidgets/QApplication>
 #include <utility>
 
+#include "platform/linux/filemanagers/DropType.h"
 #include "platform/linux/keys/x11/XCB.h"
 #include "platform/qt/DropTargets.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/filemanagers/DropType.h"
 #include "platform/qt/ArrivalWatch.h"
-#include "platform/qt/DropTargets.h"
 #include "platform/qt/ExtractionService.h"
 #include "platform/qt/PromisedFileData.h"
 #include "tests/support/Deadline.h"
@@ -41,7 +41,7 @@ class Extraction : public testing::Test {
   bool extractTo(const std::string& folder) {
     const QByteArray name = _service->busName();
     Process call({"gdbus", "call", "--session", "--dest", name.toStdString(), "--object-path",
-                  _service->objectPath().toStdString(), "--method",
+                  ExtractionObject::path, "--method",
                   "org.kde.ark.DndExtract.extractSelectedFilesTo", folder});
     EXPECT_TRUE(eventually([&] {
       QApplication::processEvents();
@@ -72,7 +72,7 @@ TEST_F(Extraction, IsAnsweredFromTheDropToTheEndOfTheDragAndNoLonger) {
   EXPECT_FALSE(extractTo(_folder.path())) << "nothing has been dropped";
   EXPECT_TRUE(_drag->hasFormat(drop_type::extractionPath));
   EXPECT_FALSE(extractTo(_folder.path())) << "to be dragged over a window is no drop";
-  EXPECT_EQ(_drag->data(drop_type::extractionPath), _service->objectPath());
+  EXPECT_EQ(_drag->data(drop_type::extractionPath), QByteArray(ExtractionObject::path));
   EXPECT_TRUE(_written.empty());
   EXPECT_TRUE(extractTo(_folder.path()));
   EXPECT_EQ(_written, std::vector{_folder.path()});
