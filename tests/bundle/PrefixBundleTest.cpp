@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 
+#include "platform/Error.h"
 #include "platform/linux/bundle/PrefixBundle.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -18,12 +21,16 @@ std::string buildTree() {
   return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
 }
 
-std::string translationFor(const char* language, const std::string& key) {
+std::string inLanguage(const char* language, const std::function<std::string()>& text) {
   return inChildProcess([&] {
     setenv("LC_ALL", "C.UTF-8", 1);
     setenv("LANGUAGE", language, 1);
-    return PrefixBundle().localizedStringForKey(key);
+    return text();
   });
+}
+
+std::string translationFor(const char* language, const std::string& key) {
+  return inLanguage(language, [&] { return PrefixBundle().localizedStringForKey(key); });
 }
 
 TEST(PrefixBundle, ItsExecutableIsTheRunningProgram) {
@@ -92,6 +99,16 @@ TEST(PrefixBundle, AnUnknownTextIsItsOwnTranslation) {
 }
 
 TEST(PrefixBundle, EnglishNeedsNoCatalogue) { EXPECT_EQ(translationFor("en", "Cancel"), "Cancel"); }
+
+TEST(PrefixBundle, AFailureIsToldWhollyInTheLanguageOfTheUser) {
+  const Error error{ENOSPC, Error::Kind::Creating, "/d/neu.txt"};
+  const auto told = [&] { return error.localizedDescription(PrefixBundle()); };
+  EXPECT_EQ(inLanguage("de", told),
+            "„/d/neu.txt“ konnte nicht angelegt werden: es ist kein Platz mehr frei.");
+  EXPECT_EQ(inLanguage("es", told), "No se pudo crear «/d/neu.txt»: no queda espacio.");
+  EXPECT_EQ(inLanguage("fr", told),
+            "Impossible de créer «\u00a0/d/neu.txt\u00a0»\u00a0: il n’y a plus de place.");
+}
 
 }  // namespace
 }  // namespace quennel::test

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/Error.h"
-#include "tests/support/FakeBundle.h"
+#include "tests/errors/BracketingBundle.h"
 #include "tests/support/Sentence.h"
 
 namespace quennel::test {
@@ -15,14 +15,6 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 using Kind = Error::Kind;
-
-/// Puts every text of the table in brackets, so that one that does not come from there shows.
-class BracketingBundle final : public FakeBundle {
- public:
-  std::string localizedStringForKey(const std::string& key) const override {
-    return "[" + key + "]";
-  }
-};
 
 constexpr int kinds = static_cast<int>(Kind::TooManyWatches) + 1;
 

@@ -111,18 +111,6 @@ TEST_F(ItemCopy, WhatCannotBeReadFailsAndLeavesNothing) {
   EXPECT_THAT(namesIn(_folder.path()), ElementsAre("other", "secret", "template"));
 }
 
-TEST_F(ItemCopy, AFailureIsToldInTheLanguageOfTheUser) {
-  if (!std::filesystem::exists("/usr/share/locale/de/LC_MESSAGES/libc.mo")) {
-    GTEST_SKIP() << "no German messages of the C library: package locales";
-  }
-  const std::string told = inChildProcess([&] {
-    ::setenv("LC_ALL", "C.UTF-8", 1);
-    ::setenv("LANGUAGE", "de", 1);
-    return copy(at("missing"), at("copy")) ? std::string("copied") : sentenceOf(_error);
-  });
-  EXPECT_THAT(told, HasSubstr("Datei oder Verzeichnis nicht gefunden"));
-}
-
 TEST_F(ItemCopy, APlaceThatCannotBeWrittenFails) {
   writeFile(at("template"), "text");
   makeFolder(at("folder"));

@@ -24,9 +24,12 @@ std::string forUserOf(const char* locale, const char* language,
   });
 }
 
-std::string noSuchFile() { return UserLocale::errorDescription(ENOENT); }
+/// The C library's own catalogue serves as one that has many languages.
+std::string noSuchFile() {
+  return UserLocale::translation("No such file or directory", "libc", "/usr/share/locale");
+}
 
-TEST(UserLocale, ErrorsAreDescribedInTheLanguageOfTheUser) {
+TEST(UserLocale, TextsAreInTheLanguageOfTheUser) {
   if (!std::filesystem::exists("/usr/share/locale/de/LC_MESSAGES/libc.mo")) {
     GTEST_SKIP() << "no German messages of the C library: package locales";
   }
@@ -34,7 +37,7 @@ TEST(UserLocale, ErrorsAreDescribedInTheLanguageOfTheUser) {
   EXPECT_EQ(forUserOf("C.UTF-8", "fr", noSuchFile), "Aucun fichier ou dossier de ce type");
 }
 
-TEST(UserLocale, ErrorsAreEnglishWhereNoLanguageIsChosen) {
+TEST(UserLocale, TextsAreEnglishWhereNoLanguageIsChosen) {
   EXPECT_EQ(forUserOf("C", "", noSuchFile), "No such file or directory");
 }
 
@@ -53,7 +56,7 @@ TEST(UserLocale, TheEmptyTextStaysEmpty) {
 
 TEST(UserLocale, TheProcessKeepsTheLocaleItStartedWith) {
   const auto processLocale = [] {
-    UserLocale::errorDescription(ENOENT);
+    noSuchFile();
     return std::string(std::setlocale(LC_ALL, nullptr)) + "/" + std::strerror(ENOENT);
   };
   EXPECT_EQ(forUserOf("C.UTF-8", "de", processLocale), "C/No such file or directory");

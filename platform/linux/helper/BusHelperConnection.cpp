@@ -1,6 +1,7 @@
 #include "platform/linux/helper/BusHelperConnection.h"
 
 #include <cstdlib>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -10,7 +11,6 @@
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "platform/linux/keys/BusHotKeyList.h"
-#include "platform/linux/locale/UserLocale.h"
 
 namespace quennel {
 namespace {
@@ -24,7 +24,7 @@ using Reason = HelperSilence::Reason;
 
 void check(int result) {
   if (result < 0) {
-    stop(Reason::UnsendableQuestion, UserLocale::errorDescription(-result));
+    stop(Reason::UnsendableQuestion, std::generic_category().message(-result));
   }
 }
 

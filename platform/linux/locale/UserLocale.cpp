@@ -2,7 +2,6 @@
 
 #include <libintl.h>
 #include <locale.h>
-#include <string.h>
 
 namespace quennel {
 namespace {
@@ -37,8 +36,6 @@ class ThreadLocale {
 };
 
 }  // namespace
-
-std::string UserLocale::errorDescription(int code) { return strerror_l(code, userLocale()); }
 
 std::string UserLocale::translation(const std::string& key, const char* domain,
                                     const std::string& directory) {
