@@ -1,10 +1,10 @@
 #include "platform/linux/desktop/CanberraSound.h"
 
-#include <dlfcn.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>
+
+#include "platform/linux/base/OpenedLibrary.h"
 
 namespace quennel {
 namespace {
@@ -36,16 +36,10 @@ class CanberraSound::Library {
 
  private:
   Library() {
-    void* const handle = dlopen("libcanberra.so.0", RTLD_NOW | RTLD_LOCAL);
-    _complete = handle && load(handle, "ca_context_create", create) &&
-                load(handle, "ca_context_destroy", destroy) &&
-                load(handle, "ca_context_play", play);
-  }
-
-  template <typename Function>
-  static bool load(void* handle, const char* name, Function& function) {
-    function = reinterpret_cast<Function>(dlsym(handle, name));
-    return function != nullptr;
+    const OpenedLibrary library("libcanberra.so.0");
+    _complete = library.find("ca_context_create", create) &&
+                library.find("ca_context_destroy", destroy) &&
+                library.find("ca_context_play", play);
   }
 
   bool _complete = false;

@@ -1,13 +1,12 @@
 #include "platform/linux/keys/SessionHotKeys.h"
 
-#include <dlfcn.h>
-
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/base/OpenedLibrary.h"
 #include "platform/linux/keys/HotKeyModule.h"
 #include "platform/linux/keys/PortalHotKeys.h"
 
@@ -19,20 +18,14 @@ std::string_view environment(const char* name) {
   return value ? value : "";
 }
 
-void* symbolOfModule(const std::string& path, const char* name) {
-  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  return module ? dlsym(module, name) : nullptr;
-}
-
 std::unique_ptr<HotKeyBackend> openModule(const std::string& path, EventRunLoop& runLoop,
                                           HotKeyListener& listener, Error* error) {
-  void* const symbol = symbolOfModule(path, openX11HotKeysSymbol);
-  if (!symbol) {
+  const auto open = OpenedLibrary(path).function<OpenX11HotKeys>(openX11HotKeysSymbol);
+  if (!open) {
     failWith(error, ENOENT, Error::Kind::MissingKeyModule);
     return nullptr;
   }
-  return std::unique_ptr<HotKeyBackend>(
-      reinterpret_cast<OpenX11HotKeys*>(symbol)(runLoop.handle(), runLoop, listener, error));
+  return std::unique_ptr<HotKeyBackend>(open(runLoop.handle(), runLoop, listener, error));
 }
 
 }  // namespace
@@ -64,8 +57,8 @@ DesktopHotKeyCenter::OpenBackend openHotKeysOfSession(SessionBus& bus,
 }
 
 bool canUseDisplay(const std::string& modulePath, const std::string& display) {
-  void* const symbol = symbolOfModule(modulePath, canUseX11DisplaySymbol);
-  return symbol && reinterpret_cast<CanUseX11Display*>(symbol)(display.c_str());
+  const auto canUse = OpenedLibrary(modulePath).function<CanUseX11Display>(canUseX11DisplaySymbol);
+  return canUse && canUse(display.c_str());
 }
 
 }  // namespace quennel

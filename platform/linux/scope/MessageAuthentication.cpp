@@ -1,10 +1,11 @@
 #include "platform/linux/scope/MessageAuthentication.h"
 
-#include <dlfcn.h>
 #include <gcrypt.h>
 
 #include <memory>
 #include <type_traits>
+
+#include "platform/linux/base/OpenedLibrary.h"
 
 namespace quennel {
 
@@ -22,12 +23,6 @@ struct Library {
   decltype(&gcry_mac_close) close = nullptr;
 };
 
-template <typename Function>
-bool find(void* library, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(dlsym(library, name));
-  return function != nullptr;
-}
-
 void initialize(const Library& library) {
   // The bus library uses it as well and may have been first.
   if (library.control(GCRYCTL_INITIALIZATION_FINISHED_P) == 0) {
@@ -37,20 +32,15 @@ void initialize(const Library& library) {
 }
 
 Library load() {
-  // Loaded for good: it cannot be unloaded safely once it is initialized.
-  void* handle = dlopen("libgcrypt.so.20", RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
-  if (handle == nullptr) {
-    return {};
-  }
+  const OpenedLibrary opened("libgcrypt.so.20", RTLD_LAZY);
   Library library;
-  const bool complete = find(handle, "gcry_check_version", library.checkVersion) &&
-                        find(handle, "gcry_control", library.control) &&
-                        find(handle, "gcry_mac_open", library.open) &&
-                        find(handle, "gcry_mac_setkey", library.setKey) &&
-                        find(handle, "gcry_mac_write", library.write) &&
-                        find(handle, "gcry_mac_read", library.read) &&
-                        find(handle, "gcry_mac_verify", library.verify) &&
-                        find(handle, "gcry_mac_close", library.close);
+  const bool complete =
+      opened.find("gcry_check_version", library.checkVersion) &&
+      opened.find("gcry_control", library.control) && opened.find("gcry_mac_open", library.open) &&
+      opened.find("gcry_mac_setkey", library.setKey) &&
+      opened.find("gcry_mac_write", library.write) && opened.find("gcry_mac_read", library.read) &&
+      opened.find("gcry_mac_verify", library.verify) &&
+      opened.find("gcry_mac_close", library.close);
   if (!complete) {
     return {};
   }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/RunLoop.h"
+#include "platform/linux/base/OpenedLibrary.h"
 #include "platform/linux/ui/DismissedSavePanel.h"
 #include "platform/linux/ui/StandardErrorAlert.h"
 #include "platform/linux/ui/UserInterfaceModule.h"
@@ -72,15 +73,12 @@ UserInterface* LazyUserInterface::loaded() {
 }
 
 std::unique_ptr<UserInterface> LazyUserInterface::load() const {
-  // Never unloaded: the toolkit leaves threads and exit handlers behind that point into it.
-  void* const module = dlopen(_modulePath.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  void* const symbol = module ? dlsym(module, makeUserInterfaceSymbol) : nullptr;
-  if (!symbol) {
+  const auto make = OpenedLibrary(_modulePath).function<MakeUserInterface>(makeUserInterfaceSymbol);
+  if (!make) {
     std::fprintf(stderr, "quennelhelper: nothing can be shown on screen: %s\n", dlerror());
     return nullptr;
   }
-  return std::unique_ptr<UserInterface>(
-      reinterpret_cast<MakeUserInterface*>(symbol)(_runLoop, _bundle));
+  return std::unique_ptr<UserInterface>(make(_runLoop, _bundle));
 }
 
 }  // namespace quennel
