@@ -23,7 +23,7 @@ void writeFile(const std::string& path, const std::string& contents) {
 void copyItem(FileManager& files, const std::string& path, const std::string& toPath) {
   Error error;
   if (!files.copyItemAtPath(path, toPath, &error)) {
-    throw std::runtime_errorsentenceOf((error));
+    throw std::runtime_error(error.description());
   }
 }
 
