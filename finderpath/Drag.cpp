@@ -137,7 +137,7 @@ bool Drag::waitUntil(const std::function<bool()>& condition) {
 }
 
 void Drag::handleEvents() {
-  while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(_display.connection())}) {
+  while (const XCBReply<xcb_generic_event_t> event{xcb_poll_for_event(_display.connection())}) {
     constexpr unsigned withoutSentFlag = 0x7F;
     const void* raw = event.get();
     switch (event->response_type & withoutSentFlag) {

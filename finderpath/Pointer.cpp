@@ -7,7 +7,7 @@ bool hold(const XDisplay& display) {
   const auto cookie = xcb_grab_pointer(display.connection(), 0, display.root(),
                                        XCB_EVENT_MASK_NO_EVENT, XCB_GRAB_MODE_ASYNC,
                                        XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME);
-  const XReply<xcb_grab_pointer_reply_t> reply(
+  const XCBReply<xcb_grab_pointer_reply_t> reply(
       xcb_grab_pointer_reply(display.connection(), cookie, nullptr));
   return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
 }
@@ -36,7 +36,7 @@ void Pointer::moveTo(Point onScreen) {
 }
 
 std::optional<Point> Pointer::place() const {
-  const XReply<xcb_query_pointer_reply_t> reply(xcb_query_pointer_reply(
+  const XCBReply<xcb_query_pointer_reply_t> reply(xcb_query_pointer_reply(
       _display.connection(), xcb_query_pointer(_display.connection(), _display.root()), nullptr));
   return reply ? std::optional(Point{reply->root_x, reply->root_y}) : std::nullopt;
 }

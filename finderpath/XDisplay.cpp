@@ -26,12 +26,13 @@ xcb_atom_t XDisplay::atom(const std::string& name) {
   }
   const auto cookie =
       xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-  const XReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection(), cookie, nullptr));
+  const XCBReply<xcb_intern_atom_reply_t> reply(
+      xcb_intern_atom_reply(connection(), cookie, nullptr));
   return _atoms[name] = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 std::string XDisplay::atomName(xcb_atom_t atom) const {
-  const XReply<xcb_get_atom_name_reply_t> reply(
+  const XCBReply<xcb_get_atom_name_reply_t> reply(
       xcb_get_atom_name_reply(connection(), xcb_get_atom_name(connection(), atom), nullptr));
   if (!reply) {
     return {};
@@ -41,7 +42,7 @@ std::string XDisplay::atomName(xcb_atom_t atom) const {
 }
 
 void XDisplay::finishRequests() const {
-  const XReply<xcb_get_input_focus_reply_t> anyReply(
+  const XCBReply<xcb_get_input_focus_reply_t> anyReply(
       xcb_get_input_focus_reply(connection(), xcb_get_input_focus(connection()), nullptr));
 }
 
@@ -49,7 +50,7 @@ std::string XDisplay::property(xcb_window_t window, const std::string& name) {
   constexpr std::uint32_t longest = 65'536;  // in units of four bytes
   const auto cookie =
       xcb_get_property(connection(), 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, longest);
-  const XReply<xcb_get_property_reply_t> reply(
+  const XCBReply<xcb_get_property_reply_t> reply(
       xcb_get_property_reply(connection(), cookie, nullptr));
   if (!reply) {
     return {};
@@ -68,7 +69,7 @@ std::vector<std::uint32_t> XDisplay::numbers(xcb_window_t window, const std::str
 }
 
 std::optional<Size> XDisplay::size(xcb_window_t window) const {
-  const XReply<xcb_get_geometry_reply_t> reply(
+  const XCBReply<xcb_get_geometry_reply_t> reply(
       xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
   return reply ? std::optional(Size{reply->width, reply->height}) : std::nullopt;
 }
@@ -77,7 +78,7 @@ std::optional<Point> XDisplay::onScreen(xcb_window_t window, Point place) const 
   const auto cookie =
       xcb_translate_coordinates(connection(), window, _root, static_cast<std::int16_t>(place.x),
                                 static_cast<std::int16_t>(place.y));
-  const XReply<xcb_translate_coordinates_reply_t> reply(
+  const XCBReply<xcb_translate_coordinates_reply_t> reply(
       xcb_translate_coordinates_reply(connection(), cookie, nullptr));
   return reply ? std::optional(Point{reply->dst_x, reply->dst_y}) : std::nullopt;
 }
@@ -86,14 +87,14 @@ bool XDisplay::isUncovered(xcb_window_t window, Point onScreen) const {
   const auto cookie =
       xcb_translate_coordinates(connection(), _root, _root, static_cast<std::int16_t>(onScreen.x),
                                 static_cast<std::int16_t>(onScreen.y));
-  const XReply<xcb_translate_coordinates_reply_t> reply(
+  const XCBReply<xcb_translate_coordinates_reply_t> reply(
       xcb_translate_coordinates_reply(connection(), cookie, nullptr));
   return reply && reply->child == topLevel(window);
 }
 
 xcb_window_t XDisplay::topLevel(xcb_window_t window) const {
   for (;;) {
-    const XReply<xcb_query_tree_reply_t> reply(
+    const XCBReply<xcb_query_tree_reply_t> reply(
         xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
     if (!reply || reply->parent == _root || reply->parent == XCB_NONE) {
       return window;

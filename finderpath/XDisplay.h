@@ -3,23 +3,16 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/linux/x11/XCB.h"
 #include "platform/values/Geometry.h"
 
 namespace quennel {
-
-/// What the X library hands out to be freed.
-struct FreeMemory {
-  void operator()(void* memory) const { std::free(memory); }
-};
-template <typename T>
-using XReply = std::unique_ptr<T, FreeMemory>;
 
 /// A connection to the X server. A window that has gone away reads as one without properties.
 class XDisplay {
@@ -50,16 +43,12 @@ class XDisplay {
   bool isUncovered(xcb_window_t window, Point onScreen) const;
 
  private:
-  struct Disconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-  };
-
   XDisplay() = default;
 
   /// The window's frame, or itself: what stands directly on the root window.
   xcb_window_t topLevel(xcb_window_t window) const;
 
-  std::unique_ptr<xcb_connection_t, Disconnect> _connection;
+  XCBConnection _connection;
   xcb_window_t _root = XCB_NONE;
   std::map<std::string, xcb_atom_t> _atoms;
 };

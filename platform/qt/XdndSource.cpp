@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "platform/linux/filemanagers/DropType.h"
-#include "platform/linux/keys/x11/XCB.h"
+#include "platform/linux/x11/XCB.h"
 #include "platform/qt/DropTargets.h"
 
 namespace quennel {

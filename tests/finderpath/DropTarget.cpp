@@ -37,7 +37,7 @@ DropTarget::~DropTarget() {
 
 void DropTarget::serve() {
   while (!_ended) {
-    while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(_display->connection())}) {
+    while (const XCBReply<xcb_generic_event_t> event{xcb_poll_for_event(_display->connection())}) {
       const int type = event->response_type & 0x7F;
       if (type == XCB_CLIENT_MESSAGE) {
         const void* message = event.get();

@@ -4,7 +4,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/linux/keys/x11/XCB.h"
+#include "platform/linux/keys/x11/XKB.h"
+#include "platform/linux/x11/XCB.h"
 
 namespace quennel::test {
 

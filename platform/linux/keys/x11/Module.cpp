@@ -1,6 +1,6 @@
 #include "platform/linux/keys/HotKeyModule.h"
 #include "platform/linux/keys/x11/X11HotKeys.h"
-#include "platform/linux/keys/x11/XCB.h"
+#include "platform/linux/x11/XCB.h"
 
 // NOLINTNEXTLINE(misc-use-internal-linkage): found by its name
 extern "C" __attribute__((visibility("default"))) bool quennelCanUseX11Display(

@@ -9,7 +9,7 @@
 #include "platform/linux/events/EventSource.h"
 #include "platform/linux/keys/HotKeyBackend.h"
 #include "platform/linux/keys/x11/X11Keyboard.h"
-#include "platform/linux/keys/x11/XCB.h"
+#include "platform/linux/x11/XCB.h"
 
 namespace quennel {
 

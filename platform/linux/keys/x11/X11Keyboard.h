@@ -8,7 +8,8 @@
 #include <vector>
 
 #include "platform/keys/KeyCombination.h"
-#include "platform/linux/keys/x11/XCB.h"
+#include "platform/linux/keys/x11/XKB.h"
+#include "platform/linux/x11/XCB.h"
 
 namespace quennel {
 

@@ -5,27 +5,15 @@
 #include <cstdlib>
 #include <memory>
 
-// The extension's header is C and has a field of this name.
-#ifdef __clang__
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Wkeyword-macro"
-#endif
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
-#ifdef __clang__
-#pragma clang diagnostic pop
-#endif
-
 namespace quennel {
 
-struct FreeReply {
+struct FreeXCBReply {
   void operator()(void* reply) const { std::free(reply); }
 };
 
 /// Owns a reply, an event or an error; null is none.
 template <typename T>
-using XCBReply = std::unique_ptr<T, FreeReply>;
+using XCBReply = std::unique_ptr<T, FreeXCBReply>;
 
 struct CloseXCBConnection {
   void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
