@@ -361,12 +361,11 @@ TEST_P(Confinement, AllowsWhatIsInAFolderAtTheSavePanelsLocation) {
   expectOutsideUntouched();
 }
 
-// What confined work tries beyond its item, the kernel refuses.
+/// What confined work tries beyond its item, the kernel refuses. Without the kernel's help the work
+/// itself has to keep to its path.
+class ConfinementByTheKernel : public Confinement {};
 
-TEST_P(Confinement, StopsWorkThatReachesElsewhere) {
-  if (!hasLandlock()) {
-    return;  // without the kernel's help the work itself has to keep to its path
-  }
+TEST_P(ConfinementByTheKernel, StopsWorkThatReachesElsewhere) {
   const FileDescriptor openOutside(open(outside.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   const std::string stray = outside + "/stray";
   const std::string file = outside + "/file";
@@ -401,10 +400,7 @@ TEST_P(Confinement, RefusesToMoveBetweenTwoGrants) {
   EXPECT_EQ(scope->performConfined(other + "/file", move), !hasLandlock());
 }
 
-TEST_P(Confinement, HoldsForThreadsThatTheWorkStarts) {
-  if (!hasLandlock()) {
-    return;
-  }
+TEST_P(ConfinementByTheKernel, HoldsForThreadsThatTheWorkStarts) {
   int code = 0;
   scope->performConfined(granted + "/x", [&](const std::string&) {
     std::thread([&] { code = mkdir((outside + "/x").c_str(), 0700) == 0 ? 0 : errno; }).join();
@@ -450,6 +446,17 @@ INSTANTIATE_TEST_SUITE_P(On, Confinement,
 INSTANTIATE_TEST_SUITE_P(OnOlderKernels, Confinement,
                          Combine(Values(Filesystem::Ext4, Filesystem::Overlay),
                                  Values(Kernel::FirstLandlock, Kernel::WithoutLandlock)),
+                         nameOfParameters);
+
+INSTANTIATE_TEST_SUITE_P(On, ConfinementByTheKernel,
+                         Combine(Values(Filesystem::Ext4, Filesystem::Xfs, Filesystem::Btrfs,
+                                        Filesystem::Tmpfs, Filesystem::Overlay),
+                                 Values(Kernel::AsItIs)),
+                         nameOfParameters);
+
+INSTANTIATE_TEST_SUITE_P(OnOlderKernels, ConfinementByTheKernel,
+                         Combine(Values(Filesystem::Ext4, Filesystem::Overlay),
+                                 Values(Kernel::FirstLandlock)),
                          nameOfParameters);
 
 }  // namespace
