@@ -30,27 +30,37 @@ void listPlainly(const std::vector<GrantedFolder>& folders, CommandContext& cont
 }
 
 std::string placeText(const GrantedFolder& folder) {
+  if (folder.obstacle) {
+    return "not to be known";
+  }
   if (folder.isInItsPlace()) {
     return "there";
   }
   return folder.place ? "at " + shown(*folder.place) : "not to be found";
 }
 
-void list(const Options& options, CommandContext& context) {
-  const auto folders = orFail(context.grants.all());
-  if (options.has("plain")) {
-    listPlainly(folders, context);
-    return;
-  }
-  if (folders.empty()) {
-    context.output << "The helper may not write anywhere yet. Let it: quennelctl grant DIR\n";
-    return;
-  }
+void listAsTable(const std::vector<GrantedFolder>& folders, CommandContext& context) {
   std::vector<std::vector<std::string>> rows{{"GRANTED", "NOW"}};
   for (const GrantedFolder& folder : folders) {
     rows.push_back({folder.path ? shown(*folder.path) : "(no path)", placeText(folder)});
   }
   context.output << table(rows);
+}
+
+void list(const Options& options, CommandContext& context) {
+  const auto folders = orFail(context.grants.all());
+  if (options.has("plain")) {
+    listPlainly(folders, context);
+  } else if (folders.empty()) {
+    context.output << "The helper may not write anywhere yet. Let it: quennelctl grant DIR\n";
+  } else {
+    listAsTable(folders, context);
+  }
+  for (const GrantedFolder& folder : folders) {
+    if (folder.obstacle) {
+      fail({.reason = Failure::Reason::UnreadableItem, .error = *folder.obstacle});
+    }
+  }
 }
 
 /// "; did you mean ...", of the folders that are granted.

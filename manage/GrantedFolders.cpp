@@ -1,5 +1,7 @@
 #include "manage/GrantedFolders.h"
 
+#include <utility>
+
 #include "manage/StoredList.h"
 #include "settings/SharedSettings.h"
 
@@ -28,9 +30,10 @@ GrantedFolders::GrantedFolders(UserDefaults& settings, SecurityScope& scope,
                                const FileInspector& files)
     : _settings(settings), _scope(scope), _files(files) {}
 
-std::optional<std::string> GrantedFolders::placeOf(const AuthorizedDir& record) const {
+std::optional<std::string> GrantedFolders::placeOf(const AuthorizedDir& record,
+                                                   Error* obstacle) const {
   const PropertyList::Data* bookmark = authorizationBookmark(record);
-  return bookmark ? _scope.pathByResolvingBookmarkData(*bookmark) : std::nullopt;
+  return bookmark ? _scope.pathByResolvingBookmarkData(*bookmark, obstacle) : std::nullopt;
 }
 
 Result<std::vector<GrantedFolder>, Failure> GrantedFolders::all() const {
@@ -41,7 +44,10 @@ Result<std::vector<GrantedFolder>, Failure> GrantedFolders::all() const {
   std::vector<GrantedFolder> folders;
   for (const AuthorizedDir& record : records.value()) {
     const std::string* path = authorizedPath(record);
-    folders.push_back({path ? std::optional(*path) : std::nullopt, placeOf(record)});
+    Error obstacle;
+    auto place = placeOf(record, &obstacle);
+    folders.push_back({path ? std::optional(*path) : std::nullopt, std::move(place),
+                       obstacle.code == 0 ? std::nullopt : std::optional(std::move(obstacle))});
   }
   return folders;
 }

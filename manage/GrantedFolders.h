@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "manage/Failure.h"
+#include "platform/Error.h"
 #include "platform/FileInspector.h"
 #include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
@@ -19,6 +20,9 @@ struct GrantedFolder {
   std::optional<std::string> path = std::nullopt;
   /// Where it is now; nothing when it is not to be found.
   std::optional<std::string> place = std::nullopt;
+
+  /// Why it cannot be known where it is.
+  std::optional<Error> obstacle = std::nullopt;
 
   bool isInItsPlace() const { return path && place == path; }
 };
@@ -39,7 +43,7 @@ class GrantedFolders {
   Result<void, Failure> revoke(const std::string& name, const std::string& path);
 
  private:
-  std::optional<std::string> placeOf(const AuthorizedDir& record) const;
+  std::optional<std::string> placeOf(const AuthorizedDir& record, Error* obstacle = nullptr) const;
 
   UserDefaults& _settings;
   SecurityScope& _scope;

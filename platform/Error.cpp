@@ -38,6 +38,11 @@ constexpr std::array sentences{
     Sentence{Kind::ChangingUngranted,
              textKey("“%@” lies in no folder that you have given access to.")},
     Sentence{Kind::Remembering, textKey("The access to “%@” cannot be remembered: %@.")},
+    Sentence{Kind::NoKeyOfGrants, textKey("“%@” should be the key of your grants and is none.")},
+    Sentence{Kind::KeyOfAnotherUser,
+             textKey("“%@”, the key of your grants, belongs to another user.")},
+    Sentence{Kind::KeyOpenToOthers, textKey("“%@”, the key of your grants, can be read or changed "
+                                            "by other users (chmod 600 ends that).")},
     Sentence{Kind::UnreadableSettings,
              textKey("“%@” is not a property list that can be read. It was left as it is: repair "
                      "it or move it away.")},

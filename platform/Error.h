@@ -29,6 +29,9 @@ struct Error {
     // Grants; the item is the path.
     ChangingUngranted,
     Remembering,
+    NoKeyOfGrants,
+    KeyOfAnotherUser,
+    KeyOpenToOthers,
 
     // Settings; the item is the file, or the key that was to be stored.
     UnreadableSettings,

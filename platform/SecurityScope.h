@@ -30,9 +30,10 @@ class SecurityScope {
 
   /// Where the token's folder is now: the path it was made for as long as that leads to the same
   /// folder, else the place it was moved or its volume mounted to. Nothing when the folder is gone
-  /// or its volume away, when another one took its place, or when the token is not genuine.
-  virtual std::optional<std::string> pathByResolvingBookmarkData(
-      const PropertyList::Data& bookmark) = 0;
+  /// or its volume away, when another one took its place, or when the token is not genuine. `error`
+  /// is filled when it cannot be known now whether it is genuine, and not otherwise.
+  virtual std::optional<std::string> pathByResolvingBookmarkData(const PropertyList::Data& bookmark,
+                                                                 Error* error = nullptr) = 0;
 
   /// Makes the folder that a token was resolved to, in this run, accessible. Calls balance: as many
   /// `stopAccessing` end it. False, and nothing to balance, for any other path.

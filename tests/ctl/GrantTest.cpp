@@ -152,6 +152,29 @@ TEST_F(GrantTest, SomethingElseInThePlaceOfTheGrantsIsNeverOverwritten) {
   EXPECT_EQ(settings.objectForKey(authorizedDirsKey), PropertyList("odd"));
 }
 
+TEST_F(GrantTest, AKeyThatOthersMayReadIsNamedAndNeitherItNorAnyGrantIsChanged) {
+  const std::string path = grant("work");
+  const auto before = records();
+  const std::string key = folder / "data/net.brellow.QuennelHelper/bookmark-key";
+  ASSERT_EQ(chmod(key.c_str(), 0644), 0);
+  const std::string reason =
+      "quennelctl: “" + key +
+      "”, the key of your grants, can be read or changed by other users (chmod 600 ends that).\n";
+  const Answer listed = run({"grants"});
+  EXPECT_EQ(listed.status, 1);
+  EXPECT_NE(listed.output.find(path + "  not to be known\n"), std::string::npos);
+  EXPECT_EQ(listed.errors, reason);
+  EXPECT_EQ(run({"grants", "--plain"}).errors, reason);
+  for (const std::string& granted : {path, makeFolder("other")}) {
+    const Answer answer = run({"grant", granted});
+    EXPECT_EQ(answer.status, 1);
+    EXPECT_EQ(answer.errors, reason);
+  }
+  EXPECT_EQ(records(), before);
+  ASSERT_EQ(chmod(key.c_str(), 0600), 0);
+  EXPECT_EQ(run({"grants", "--plain"}).output, path + "\t" + path + "\n");
+}
+
 TEST_F(GrantTest, TheKeyOfTheTokensIsTheUsersAlone) {
   grant("work");
   struct stat status {};

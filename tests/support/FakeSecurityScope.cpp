@@ -44,7 +44,7 @@ std::optional<PropertyList::Data> FakeSecurityScope::bookmarkDataForPath(const s
 }
 
 std::optional<std::string> FakeSecurityScope::pathByResolvingBookmarkData(
-    const PropertyList::Data& bookmark) {
+    const PropertyList::Data& bookmark, Error*) {
   const auto folder = std::find_if(_folders.begin(), _folders.end(), [&](const auto& entry) {
     return tokenFor(entry.second) == bookmark.bytes;
   });

@@ -39,8 +39,8 @@ class FakeSecurityScope : public SecurityScope {
 
   std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
                                                         Error* error = nullptr) override;
-  std::optional<std::string> pathByResolvingBookmarkData(
-      const PropertyList::Data& bookmark) override;
+  std::optional<std::string> pathByResolvingBookmarkData(const PropertyList::Data& bookmark,
+                                                         Error* error = nullptr) override;
   bool startAccessing(const std::string& path) override;
   void stopAccessing(const std::string& path) override;
   void allowForThisRun(const std::string& path, Extent extent) override;

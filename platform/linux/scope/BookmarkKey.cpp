@@ -1,18 +1,18 @@
 #include "platform/linux/scope/BookmarkKey.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
+#include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <system_error>
 
 #include "platform/linux/base/FileDescriptor.h"
+#include "platform/linux/base/FileLock.h"
+#include "platform/linux/base/FileReplacement.h"
 #include "platform/linux/base/HomeFolder.h"
 #include "platform/values/Path.h"
 
@@ -21,32 +21,48 @@ namespace quennel {
 namespace {
 
 using Key = MessageAuthentication::Key;
+using Kind = Error::Kind;
 
-bool belongsToUserAlone(const struct stat& status) {
-  return S_ISREG(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & 077U) == 0;
-}
+/// Another process holds the lock for as long as it takes to write a few bytes.
+constexpr std::chrono::seconds patience{2};
 
-bool makeFolders(const std::filesystem::path& folder) {
-  std::error_code failure;
-  if (folder.empty() || std::filesystem::is_directory(folder, failure)) {
-    return true;
+/// Why what the file holds is no secret of this user's, if so.
+std::optional<Error> whyUntrusted(const struct stat& status, const std::string& path) {
+  if (!S_ISREG(status.st_mode) || status.st_size != static_cast<off_t>(sizeof(Key))) {
+    return Error{EBADMSG, Kind::NoKeyOfGrants, path};
   }
-  return makeFolders(folder.parent_path()) &&
-         (mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST);
+  if (status.st_uid != geteuid()) {
+    return Error{EPERM, Kind::KeyOfAnotherUser, path};
+  }
+  if ((status.st_mode & 077U) != 0) {
+    return Error{EPERM, Kind::KeyOpenToOthers, path};
+  }
+  return std::nullopt;
 }
 
-/// Writes a new key beside `path` and moves it there, on disk before it can be used.
-bool writeNewKey(const std::string& path) {
+/// What is in the way of reading the key, if anything.
+std::optional<Error> readKey(const std::string& path, Key& key) {
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  if (!file || fstat(file.get(), &status) != 0) {
+    return Error{errno, Kind::Reading, path};
+  }
+  if (auto obstacle = whyUntrusted(status, path)) {
+    return obstacle;
+  }
+  const ssize_t size = ::read(file.get(), key.data(), key.size());
+  if (size != static_cast<ssize_t>(key.size())) {
+    return Error{size < 0 ? errno : EIO, Kind::Reading, path};
+  }
+  return std::nullopt;
+}
+
+void writeNewKey(const std::string& path) {
   Key key;
   if (getrandom(key.data(), key.size(), 0) != static_cast<ssize_t>(key.size())) {
-    return false;
+    throw std::system_error(errno, std::generic_category(), "getrandom");
   }
-  const std::string temporary = path + ".new";
-  unlink(temporary.c_str());  // left behind by one that was interrupted
-  const FileDescriptor file(
-      open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  return file && write(file.get(), key.data(), key.size()) == static_cast<ssize_t>(key.size()) &&
-         fsync(file.get()) == 0 && std::rename(temporary.c_str(), path.c_str()) == 0;
+  replaceFile(path, {key.data(), key.size()});
 }
 
 }  // namespace
@@ -59,41 +75,42 @@ std::string BookmarkKey::pathForUser() {
   return appendingPathComponent(folder, "net.brellow.QuennelHelper/bookmark-key");
 }
 
-std::optional<Key> BookmarkKey::read() const {
-  const FileDescriptor file(open(_path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  struct stat status {};
-  if (!file || fstat(file.get(), &status) != 0 || !belongsToUserAlone(status) ||
-      status.st_size != static_cast<off_t>(sizeof(Key))) {
-    return std::nullopt;
-  }
+std::optional<Key> BookmarkKey::read(Error* error) const {
   Key key;
-  const bool complete =
-      ::read(file.get(), key.data(), key.size()) == static_cast<ssize_t>(key.size());
-  return complete ? std::optional(key) : std::nullopt;
-}
-
-std::optional<Key> BookmarkKey::readOrMake(Error* error) const {
-  auto key = read();
-  if (!key && make()) {
-    key = read();
-  }
-  if (!key && error) {
-    *error = {errno, Error::Kind::Remembering, _path};
+  if (auto obstacle = readKey(_path, key)) {
+    if (error) {
+      *error = std::move(*obstacle);
+    }
+    return std::nullopt;
   }
   return key;
 }
 
-bool BookmarkKey::make() const {
-  if (!makeFolders(std::filesystem::path(_path).parent_path())) {
-    return false;
+std::optional<Key> BookmarkKey::readOrMake(Error* error) const {
+  Error obstacle;
+  auto key = read(&obstacle);
+  if (!key && obstacle.code == ENOENT) {
+    key = make(&obstacle);
   }
-  const FileDescriptor lock(open((_path + ".lock").c_str(),
-                                 O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  if (!lock || flock(lock.get(), LOCK_EX) != 0) {
-    return false;
+  if (!key && error) {
+    *error = std::move(obstacle);
   }
+  return key;
+}
+
+std::optional<Key> BookmarkKey::make(Error* error) const try {
+  makeFolder(deletingLastPathComponent(_path));
+  const FileLock lock(_path + ".lock", patience);
   // Another process may have made it while this one waited for the lock.
-  return read() || writeNewKey(_path);
+  const auto key = read(error);
+  if (key || error->code != ENOENT) {
+    return key;
+  }
+  writeNewKey(_path);
+  return read(error);
+} catch (const std::system_error& failure) {
+  *error = {failure.code().value(), Kind::Remembering, _path};
+  return std::nullopt;
 }
 
 }  // namespace quennel

@@ -36,13 +36,13 @@ std::optional<std::string> sealed(const Bookmark& bookmark, const MessageAuthent
   return std::string(tokenMark) + std::string(tag->data(), tag->size()) + bytes;
 }
 
-std::optional<Bookmark> unsealed(std::string_view token, const BookmarkKey& keyFile) {
+std::optional<Bookmark> unsealed(std::string_view token, const BookmarkKey& keyFile, Error* error) {
   if (token.size() < tokenHead || token.size() > largestToken || !token.starts_with(tokenMark)) {
     return std::nullopt;
   }
   const std::string_view bytes = token.substr(tokenHead);
   const std::string_view tag = token.substr(tokenMark.size(), MessageAuthentication::size);
-  const auto key = keyFile.read();
+  const auto key = keyFile.read(error);
   return key && MessageAuthentication::isGenuine(tag, bytes, *key) ? bookmarkOfBytes(bytes)
                                                                    : std::nullopt;
 }
@@ -98,8 +98,8 @@ std::optional<PropertyList::Data> LandlockSecurityScope::bookmarkDataForPath(
 }
 
 std::optional<std::string> LandlockSecurityScope::pathByResolvingBookmarkData(
-    const PropertyList::Data& bookmark) {
-  const auto folder = unsealed(bookmark.bytes, _key);
+    const PropertyList::Data& bookmark, Error* error) {
+  const auto folder = unsealed(bookmark.bytes, _key, error);
   auto path = folder ? _resolver.pathOfBookmark(*folder) : std::nullopt;
   if (path) {
     _resolved.insert_or_assign(*path, folder->identity);

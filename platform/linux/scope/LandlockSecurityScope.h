@@ -31,8 +31,8 @@ class LandlockSecurityScope final : public SecurityScope {
 
   std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
                                                         Error* error) override;
-  std::optional<std::string> pathByResolvingBookmarkData(
-      const PropertyList::Data& bookmark) override;
+  std::optional<std::string> pathByResolvingBookmarkData(const PropertyList::Data& bookmark,
+                                                         Error* error) override;
   bool startAccessing(const std::string& path) override;
   void stopAccessing(const std::string& path) override;
   void allowForThisRun(const std::string& path, Extent extent) override;

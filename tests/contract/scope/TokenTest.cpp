@@ -30,6 +30,19 @@ class Token : public VolumeTest {
 
   void TearDown() override { EXPECT_THAT(resolve({token}), Optional(folder)); }
 
+  /// Neither finding the folder nor making a token does more than say why it cannot be done.
+  void expectUnusableKey(int code, Error::Kind kind) const {
+    const std::string contents = contentsOf(keyFile);
+    const Error reason{code, kind, keyFile};
+    Error ofResolving;
+    EXPECT_FALSE(newScope()->pathByResolvingBookmarkData({token}, &ofResolving));
+    EXPECT_EQ(ofResolving, reason);
+    Error ofMaking;
+    EXPECT_FALSE(newScope()->bookmarkDataForPath(folder, &ofMaking));
+    EXPECT_EQ(ofMaking, reason);
+    EXPECT_EQ(contentsOf(keyFile), contents);
+  }
+
   const std::string folder = temporary / "folder";
   const std::string keyFile = temporary / "keys/key";
   std::string token;
@@ -107,25 +120,49 @@ TEST_F(Token, GivesNothingWhileItsKeyIsOpenToOthers) {
   chmod(keyFile.c_str(), 0600);
 }
 
-TEST_F(Token, IsNotMadeWithAKeyThatWasOpenToOthers) {
-  const std::string old = contentsOf(keyFile);
-  std::filesystem::copy_file(keyFile, temporary / "kept");
+TEST_F(Token, IsNotMadeWithAKeyThatIsOpenToOthersAndTheKeyStaysAsItIs) {
   chmod(keyFile.c_str(), 0644);
-  EXPECT_THAT(resolve(bookmark(folder)), Optional(folder));
-  EXPECT_NE(contentsOf(keyFile), old);
-  EXPECT_EQ(modeOf(keyFile), 0600U);
-  std::filesystem::rename(temporary / "kept", keyFile);
+  expectUnusableKey(EPERM, Error::Kind::KeyOpenToOthers);
+  EXPECT_EQ(modeOf(keyFile), 0644U);
+  chmod(keyFile.c_str(), 0600);
 }
 
-TEST_F(Token, DoesNotComeWithAKeyThatIsALinkOrNoKeyAtAll) {
+TEST_F(Token, IsNotMadeWithAKeyThatIsALinkAndTheLinkStays) {
   std::filesystem::rename(keyFile, keyFile + ".away");
   std::filesystem::create_symlink(keyFile + ".away", keyFile);
-  EXPECT_FALSE(resolve({token}));
-  std::filesystem::remove(keyFile);
-  writeFile(keyFile, "short");
-  chmod(keyFile.c_str(), 0600);
-  EXPECT_FALSE(resolve({token}));
+  expectUnusableKey(ELOOP, Error::Kind::Reading);
+  EXPECT_TRUE(std::filesystem::is_symlink(keyFile));
   std::filesystem::rename(keyFile + ".away", keyFile);
+}
+
+TEST_F(Token, IsNotMadeWithAFileThatIsNoKeyAndTheFileStays) {
+  std::filesystem::rename(keyFile, keyFile + ".away");
+  for (const char* const contents : {"", "short", "of a length that no key has at all"}) {
+    writeFile(keyFile, contents);
+    chmod(keyFile.c_str(), 0600);
+    expectUnusableKey(EBADMSG, Error::Kind::NoKeyOfGrants);
+  }
+  std::filesystem::remove(keyFile);
+  makeFolder(keyFile);
+  Error error;
+  EXPECT_FALSE(newScope()->bookmarkDataForPath(folder, &error));
+  EXPECT_TRUE(std::filesystem::is_directory(keyFile));
+  std::filesystem::remove(keyFile);
+  std::filesystem::rename(keyFile + ".away", keyFile);
+}
+
+TEST_F(Token, IsNotMadeWithAKeyThatCannotBeReadAndTheKeyStaysAsItIs) {
+  if (isRoot()) {
+    EXPECT_NE(contentsOf(keyFile), "");  // root reads every file
+    return;
+  }
+  const std::string old = contentsOf(keyFile);
+  chmod(keyFile.c_str(), 0);
+  Error error;
+  EXPECT_FALSE(newScope()->bookmarkDataForPath(folder, &error));
+  EXPECT_EQ(error.code, EACCES);
+  chmod(keyFile.c_str(), 0600);
+  EXPECT_EQ(contentsOf(keyFile), old);
 }
 
 TEST_F(Token, CannotBeMadeWhereTheKeyCannotBeWritten) {
