@@ -1,8 +1,9 @@
 #include "access/AuthorizedDirectories.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
-#include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
 #include "platform/values/PropertyList.h"
 #include "settings/AuthorizedDir.h"
@@ -22,24 +23,22 @@ std::string withoutTrailingSlashes(std::string path) {
 }  // namespace
 
 void AuthorizedDirectories::startAccessingURLs() {
+  // Nothing that is still open ends by this: `stopAccessingURLs` comes first where it shall.
+  std::move(_accesses.begin(), _accesses.end(), std::back_inserter(_earlierAccesses));
+  _accesses.clear();
   _openedURLs.clear();
   for (const AuthorizedDir& record :
        authorizedDirsOf(_sharedDefaults.objectForKey(authorizedDirsKey))) {
     const PropertyList::Data* bookmark = authorizationBookmark(record);
-    const auto url =
-        bookmark ? _securityScope.pathByResolvingBookmarkData(*bookmark) : std::nullopt;
-    // Once for each directory, however many records lead to it: that is how often it is stopped.
-    if (url && _openedURLs.insert(*url).second) {
-      _securityScope.startAccessing(*url);
+    auto access = bookmark ? _securityScope.startAccessing(*bookmark) : nullptr;
+    // One for each directory, however many records lead to it.
+    if (access && _openedURLs.insert(access->path()).second) {
+      _accesses.push_back(std::move(access));
     }
   }
 }
 
-void AuthorizedDirectories::stopAccessingURLs() {
-  for (const std::string& url : _openedURLs) {
-    _securityScope.stopAccessing(url);
-  }
-}
+void AuthorizedDirectories::stopAccessingURLs() { _accesses.clear(); }
 
 void AuthorizedDirectories::restartAccessingURLs() {
   stopAccessingURLs();
@@ -49,7 +48,13 @@ void AuthorizedDirectories::restartAccessingURLs() {
 void AuthorizedDirectories::saveAuthorizedURL(const std::string& url) {
   const std::string path = withoutTrailingSlashes(url);
   auto records = authorizedDirsOf(_sharedDefaults.objectForKey(authorizedDirsKey));
-  if (findAuthorizedDir(records, path) != records.end()) {
+  const auto record = findAuthorizedDir(records, path);
+  if (record != records.end()) {
+    // Another directory may be there than the one that was recorded. The record stays; its token
+    // learns of the new one, or the user would be asked in every run.
+    if (const PropertyList::Data* bookmark = authorizationBookmark(*record)) {
+      _securityScope.renewBookmark(*bookmark, path);
+    }
     return;
   }
   const auto bookmark = _securityScope.bookmarkDataForPath(path);

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <set>
 #include <string>
+#include <vector>
+
+#include "platform/SecurityScope.h"
 
 namespace quennel {
 
-class SecurityScope;
 class UserDefaults;
 
 /// The directories that the user has granted: their records in the settings, and access to them.
@@ -34,6 +37,9 @@ class AuthorizedDirectories {
   SecurityScope& _securityScope;
   UserDefaults& _sharedDefaults;
   std::set<std::string> _openedURLs;
+  std::vector<std::unique_ptr<SecurityScope::Access>> _accesses;
+  /// Those that were followed by another start without a stop.
+  std::vector<std::unique_ptr<SecurityScope::Access>> _earlierAccesses;
 };
 
 }  // namespace quennel

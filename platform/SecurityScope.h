@@ -1,10 +1,13 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/Error.h"
+#include "platform/Registration.h"
 #include "platform/values/PropertyList.h"
 
 namespace quennel {
@@ -21,6 +24,17 @@ class SecurityScope {
   /// An operation on the item that `path` leads to; false when it failed.
   using Work = std::function<bool(const std::string& path)>;
 
+  /// Access to a folder and all below it, until this object is destroyed.
+  class Access : public Registration {
+   public:
+    explicit Access(std::string path) : _path(std::move(path)) {}
+    /// Where the folder was when the access began.
+    const std::string& path() const { return _path; }
+
+   private:
+    std::string _path;
+  };
+
   virtual ~SecurityScope() = default;
 
   /// An opaque token for the folder at `path`, which only this user can make. Nothing when there is
@@ -29,19 +43,29 @@ class SecurityScope {
                                                                 Error* error = nullptr) = 0;
 
   /// Where the token's folder is now: the path it was made for as long as that leads to the same
-  /// folder, else the place it was moved or its volume mounted to. Nothing when the folder is gone
-  /// or its volume away, when another one took its place, or when the token is not genuine. `error`
-  /// is filled when it cannot be known now whether it is genuine, and not otherwise.
+  /// folder, else the place it was moved or its volume mounted to. When that folder is not to be
+  /// found, the one that `renewBookmark` was last told of. Nothing when there is none, or when the
+  /// token is not genuine. `error` is filled when it cannot be known now whether it is genuine, and
+  /// not otherwise.
   virtual std::optional<std::string> pathByResolvingBookmarkData(const PropertyList::Data& bookmark,
                                                                  Error* error = nullptr) = 0;
 
-  /// Makes the folder that a token was resolved to, in this run, accessible. Calls balance: as many
-  /// `stopAccessing` end it. False, and nothing to balance, for any other path.
-  virtual bool startAccessing(const std::string& path) = 0;
-  virtual void stopAccessing(const std::string& path) = 0;
+  /// The user has authorized the folder at `path`, for which the token was made, once more. Should
+  /// the token not lead to it, another folder having been there then, the token gives access to it
+  /// from now on, in later runs too, without a change of its bytes. False when that fails.
+  virtual bool renewBookmark(const PropertyList::Data& bookmark, const std::string& path,
+                             Error* error = nullptr) = 0;
+
+  /// Makes the token's folder accessible. Accesses count: one folder stays accessible until the
+  /// last of its accesses is gone; no access may outlive this object. Nothing when the token does
+  /// not lead to a folder.
+  [[nodiscard]] virtual std::unique_ptr<Access> startAccessing(
+      const PropertyList::Data& bookmark) = 0;
 
   /// Makes what the user chose in a panel accessible until the end of the run.
   virtual void allowForThisRun(const std::string& path, Extent extent) = 0;
+  /// Ends what the answers of panels gave for the folder that was chosen by that path.
+  virtual void disallow(const std::string& path) = 0;
 
   /// Whether the file at `path` may be changed, or entries made in the folder there, as far as
   /// grants go. Links are followed.

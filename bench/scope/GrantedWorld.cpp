@@ -34,11 +34,13 @@ GrantedWorld::GrantedWorld(int grants) {
   }
 }
 
-void startAccessing(SecurityScope& scope, const std::vector<PropertyList::Data>& bookmarks) {
+Accesses startAccessing(SecurityScope& scope, const std::vector<PropertyList::Data>& bookmarks) {
+  Accesses accesses;
   for (const PropertyList::Data& bookmark : bookmarks) {
-    const auto path = scope.pathByResolvingBookmarkData(bookmark);
-    require(path && scope.startAccessing(*path), "a token does not resolve");
+    accesses.push_back(scope.startAccessing(bookmark));
+    require(accesses.back() != nullptr, "a token does not resolve");
   }
+  return accesses;
 }
 
 void createFile(FileManager& files, const std::string& templateFile, const std::string& path) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,10 @@ class GrantedWorld {
   std::vector<PropertyList::Data> _bookmarks;
 };
 
+using Accesses = std::vector<std::unique_ptr<SecurityScope::Access>>;
+
 /// As the helper does it when it starts.
-void startAccessing(SecurityScope& scope, const std::vector<PropertyList::Data>& bookmarks);
+Accesses startAccessing(SecurityScope& scope, const std::vector<PropertyList::Data>& bookmarks);
 
 /// Everything that a request changes or asks of the file system, from the question whether the
 /// folder can be written to the dates of the finished file.

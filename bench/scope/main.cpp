@@ -35,7 +35,7 @@ double creationTime(FileManager& files, const GrantedWorld& world) {
 void measureCreation(Report& report, int grants) {
   const GrantedWorld world(grants);
   LandlockSecurityScope scope(world.keyFile());
-  startAccessing(scope, world.bookmarks());
+  const Accesses accesses = startAccessing(scope, world.bookmarks());
   PosixFileManager files;
   ConfinedFileManager confined(files, scope);
   const Medians medians = compare(
@@ -96,7 +96,7 @@ int createCold(char** arguments) {
     bookmarks.push_back({files.contentsAtPath(tokenFile(root, number)).value_or("")});
   }
   LandlockSecurityScope scope(root + "/key");
-  startAccessing(scope, bookmarks);
+  const Accesses accesses = startAccessing(scope, bookmarks);
   ConfinedFileManager confined(files, scope);
   createFile(confined, arguments[4], path);
   return 0;

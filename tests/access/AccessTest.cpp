@@ -125,6 +125,30 @@ TEST_F(Access, StartedAgainWithoutAStopForgetsTheEarlierSet) {
   directories->startAccessingURLs();
   EXPECT_THAT(directories->openedURLs(), ElementsAre("/c"));
   EXPECT_THAT(fakes.securityScope.stopped, IsEmpty());
+  EXPECT_TRUE(fakes.securityScope.isAccessible("/a"));
+}
+
+TEST_F(Access, IsHeldOnceForTwoRecordsOfOneDirectory) {
+  setRecords({record("/a"), record("/a")});
+  EXPECT_THAT(launch().openedURLs(), ElementsAre("/a"));
+  EXPECT_EQ(fakes.securityScope.started.size() - fakes.securityScope.stopped.size(), 1U);
+  EXPECT_TRUE(fakes.securityScope.isAccessible("/a"));
+  directories->stopAccessingURLs();
+  EXPECT_EQ(fakes.securityScope.stopped, fakes.securityScope.started);
+  EXPECT_FALSE(fakes.securityScope.isAccessible("/a"));
+}
+
+TEST_F(Access, AuthorizedAnewToADirectoryThatTookThePlaceIsRememberedWithoutAChangeOfTheRecord) {
+  const PropertyList::Array before{record("/a")};
+  setRecords(before);
+  fakes.securityScope.removeFolder("/a");
+  fakes.securityScope.addFolder("/a");
+  EXPECT_THAT(launch().openedURLs(), IsEmpty());
+  directories->saveAuthorizedURL("/a");
+  EXPECT_THAT(fakes.securityScope.renewed, ElementsAre("/a"));
+  EXPECT_EQ(PropertyList(records()), PropertyList(before));
+  EXPECT_EQ(stores(), 0);
+  EXPECT_THAT(launch().openedURLs(), ElementsAre("/a"));
 }
 
 TEST_F(Access, FirstGrantedMakesTheArrayWithOneRecordOfTwoKeys) {

@@ -45,37 +45,69 @@ std::optional<PropertyList::Data> FakeSecurityScope::bookmarkDataForPath(const s
 
 std::optional<std::string> FakeSecurityScope::pathByResolvingBookmarkData(
     const PropertyList::Data& bookmark, Error*) {
-  const auto folder = std::find_if(_folders.begin(), _folders.end(), [&](const auto& entry) {
-    return tokenFor(entry.second) == bookmark.bytes;
-  });
-  if (folder == _folders.end()) {
-    return std::nullopt;
+  const auto find = [&](const std::string& token) {
+    return std::find_if(_folders.begin(), _folders.end(),
+                        [&](const auto& entry) { return tokenFor(entry.second) == token; });
+  };
+  auto folder = find(bookmark.bytes);
+  const auto renewal = _renewals.find(bookmark.bytes);
+  if (folder == _folders.end() && renewal != _renewals.end()) {
+    folder = find(renewal->second);
   }
-  _resolved.insert(folder->first);
-  return folder->first;
+  return folder == _folders.end() ? std::nullopt : std::optional(folder->first);
 }
 
-bool FakeSecurityScope::startAccessing(const std::string& path) {
-  started.push_back(path);
-  if (whileStarting) {
-    whileStarting();
+bool FakeSecurityScope::renewBookmark(const PropertyList::Data& bookmark, const std::string& path,
+                                      Error* error) {
+  renewed.push_back(path);
+  const auto present = bookmarkDataForPath(path, error);
+  if (present) {
+    _renewals.insert_or_assign(bookmark.bytes, present->bytes);
   }
-  if (refusesToStart || !_resolved.contains(path)) {
-    return false;
-  }
-  _accessible.insert(path);
-  return true;
+  return present.has_value();
 }
 
-void FakeSecurityScope::stopAccessing(const std::string& path) {
-  stopped.push_back(path);
-  if (const auto entry = _accessible.find(path); entry != _accessible.end()) {
-    _accessible.erase(entry);
+class FakeSecurityScope::FakeAccess final : public Access {
+ public:
+  FakeAccess(FakeSecurityScope& scope, const std::string& path) : Access(path), _scope(scope) {
+    _scope.started.push_back(path);
+    if (_scope.whileStarting) {
+      _scope.whileStarting();
+    }
+    _isGiven = !_scope.refusesToStart;
+    if (_isGiven) {
+      _scope._accessible.insert(path);
+    }
   }
+  FakeAccess(const FakeAccess&) = delete;
+  FakeAccess& operator=(const FakeAccess&) = delete;
+  ~FakeAccess() override {
+    _scope.stopped.push_back(path());
+    if (_isGiven) {
+      _scope._accessible.erase(_scope._accessible.find(path()));
+    }
+  }
+
+ private:
+  FakeSecurityScope& _scope;
+  bool _isGiven;
+};
+
+std::unique_ptr<SecurityScope::Access> FakeSecurityScope::startAccessing(
+    const PropertyList::Data& bookmark) {
+  const auto path = pathByResolvingBookmarkData(bookmark);
+  return path ? std::make_unique<FakeAccess>(*this, *path) : nullptr;
 }
 
 void FakeSecurityScope::allowForThisRun(const std::string& path, Extent extent) {
   allowed.emplace_back(path, extent);
+}
+
+void FakeSecurityScope::disallow(const std::string& path) {
+  std::erase_if(allowed, [&](const auto& answer) {
+    return standardizingPath(answer.first) == standardizingPath(path) &&
+           answer.second == Extent::Folder;
+  });
 }
 
 bool FakeSecurityScope::isAccessible(const std::string& path) const {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -16,13 +17,15 @@ namespace quennel::test {
 /// when its item is not below a granted folder.
 class FakeSecurityScope : public SecurityScope {
  public:
-  /// Every `startAccessing` and `stopAccessing` by its path, in order.
+  /// Every access that was started or ended, by its path, in order.
   std::vector<std::string> started;
   std::vector<std::string> stopped;
-  /// Every `startAccessing` fails, as it may on a platform that refuses.
+  /// Every access gives nothing, as it may be on a platform that refuses.
   bool refusesToStart = false;
   /// What happens during each `startAccessing`.
   std::function<void()> whileStarting;
+  /// Every `renewBookmark`, by its path.
+  std::vector<std::string> renewed;
   /// The panels' answers.
   std::vector<std::pair<std::string, Extent>> allowed;
   /// Folders that no token can be made for.
@@ -41,18 +44,23 @@ class FakeSecurityScope : public SecurityScope {
                                                         Error* error = nullptr) override;
   std::optional<std::string> pathByResolvingBookmarkData(const PropertyList::Data& bookmark,
                                                          Error* error = nullptr) override;
-  bool startAccessing(const std::string& path) override;
-  void stopAccessing(const std::string& path) override;
+  bool renewBookmark(const PropertyList::Data& bookmark, const std::string& path,
+                     Error* error = nullptr) override;
+  std::unique_ptr<Access> startAccessing(const PropertyList::Data& bookmark) override;
   void allowForThisRun(const std::string& path, Extent extent) override;
+  void disallow(const std::string& path) override;
   bool isAccessible(const std::string& path) const override;
   bool performConfined(const std::string& path, const Work& work, Error* error) override;
   bool performOnItem(const std::string& path, const Work& work, Error* error) const override;
 
  private:
+  class FakeAccess;
+
   std::map<std::string, int> _folders;
   std::map<std::string, int>::node_type _away;
   int _lastFolder = 0;
-  std::set<std::string> _resolved;
+  /// By a token's bytes, the folder that it leads to besides its own.
+  std::map<std::string, std::string> _renewals;
   std::multiset<std::string> _accessible;
 };
 

@@ -3,21 +3,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
-#include <string_view>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include "platform/linux/scope/OpenItem.h"
+#include "platform/linux/scope/SealedBookmark.h"
+#include "platform/values/Path.h"
 
 namespace quennel {
 
 namespace {
-
-// A token is this mark, the tag over all that follows, and the bookmark.
-constexpr std::string_view tokenMark = "QBm1";
-constexpr std::size_t tokenHead = tokenMark.size() + MessageAuthentication::size;
-constexpr std::size_t largestToken = std::size_t{16} * 1024;
 
 using Kind = Error::Kind;
 
@@ -25,26 +21,6 @@ void report(int code, Kind kind, const std::string& path, Error* error) {
   if (error) {
     *error = {code, kind, path};
   }
-}
-
-std::optional<std::string> sealed(const Bookmark& bookmark, const MessageAuthentication::Key& key) {
-  const std::string bytes = bytesOfBookmark(bookmark);
-  const auto tag = MessageAuthentication::tagOf(bytes, key);
-  if (!tag) {
-    return std::nullopt;
-  }
-  return std::string(tokenMark) + std::string(tag->data(), tag->size()) + bytes;
-}
-
-std::optional<Bookmark> unsealed(std::string_view token, const BookmarkKey& keyFile, Error* error) {
-  if (token.size() < tokenHead || token.size() > largestToken || !token.starts_with(tokenMark)) {
-    return std::nullopt;
-  }
-  const std::string_view bytes = token.substr(tokenHead);
-  const std::string_view tag = token.substr(tokenMark.size(), MessageAuthentication::size);
-  const auto key = keyFile.read(error);
-  return key && MessageAuthentication::isGenuine(tag, bytes, *key) ? bookmarkOfBytes(bytes)
-                                                                   : std::nullopt;
 }
 
 /// Runs the work on a thread that can change nothing outside the open folder. Answers 0, or the
@@ -77,62 +53,139 @@ int runConfined(int version, int folder, const std::function<void()>& work) {
 
 }  // namespace
 
-LandlockSecurityScope::LandlockSecurityScope(std::string keyPath, int landlockVersion)
-    : _key(std::move(keyPath)),
+/// The grants of one token, which go with it.
+class LandlockSecurityScope::FolderAccess final : public Access {
+ public:
+  FolderAccess(Grants& grants, const std::vector<Folder>& folders)
+      : Access(folders.front().path), _grants(grants) {
+    for (const Folder& folder : folders) {
+      _own.push_back({folder.identity, std::nullopt});
+      _grants.add(_own.back());
+    }
+  }
+  FolderAccess(const FolderAccess&) = delete;
+  FolderAccess& operator=(const FolderAccess&) = delete;
+  ~FolderAccess() override {
+    for (const Grant& grant : _own) {
+      _grants.remove(grant);
+    }
+  }
+
+ private:
+  Grants& _grants;
+  std::vector<Grant> _own;
+};
+
+LandlockSecurityScope::LandlockSecurityScope(const std::string& keyPath, int landlockVersion)
+    : _key(keyPath),
+      _renewals(keyPath + ".renewals"),
       _landlockVersion(std::min(landlockVersion, LandlockRuleset::kernelVersion())) {}
+
+/// What is to be known of the folder at `path`, if a later run can know it again.
+std::optional<Bookmark> LandlockSecurityScope::lastingBookmark(const std::string& path,
+                                                               Error* error) const {
+  auto bookmark = _resolver.bookmarkOfPath(path);
+  if (bookmark && bookmark->identity.outlivesThisRun()) {
+    return bookmark;
+  }
+  const int code = bookmark ? EOPNOTSUPP : errno;
+  report(code, bookmark ? Kind::Remembering : Kind::Reading, path, error);
+  return std::nullopt;
+}
 
 std::optional<PropertyList::Data> LandlockSecurityScope::bookmarkDataForPath(
     const std::string& path, Error* error) {
-  const auto bookmark = _resolver.bookmarkOfPath(path);
-  if (!bookmark || !bookmark->identity.outlivesThisRun()) {
-    const int code = bookmark ? EOPNOTSUPP : errno;
-    report(code, bookmark ? Kind::Remembering : Kind::Reading, path, error);
+  const auto bookmark = lastingBookmark(path, error);
+  const auto key = bookmark ? _key.readOrMake(error) : std::nullopt;
+  if (!key) {
     return std::nullopt;
   }
-  const auto key = _key.readOrMake(error);
-  auto token = key ? sealed(*bookmark, *key) : std::nullopt;
-  if (key && !token) {
+  auto token = sealed(*bookmark, *key);
+  if (!token) {
     report(ELIBACC, Kind::Remembering, path, error);
+    return std::nullopt;
   }
-  return token ? std::optional(PropertyList::Data{std::move(*token)}) : std::nullopt;
+  return PropertyList::Data{std::move(*token)};
+}
+
+std::optional<LandlockSecurityScope::Folder> LandlockSecurityScope::locate(
+    const std::optional<Bookmark>& bookmark) {
+  auto path = bookmark ? _resolver.pathOfBookmark(*bookmark) : std::nullopt;
+  return path ? std::optional(Folder{std::move(*path), bookmark->identity}) : std::nullopt;
+}
+
+/// Its own folder and, where that is not in its place, the one that the user has authorized there
+/// since. The token stands for both if the first was moved away and the second made anew.
+std::vector<LandlockSecurityScope::Folder> LandlockSecurityScope::foldersOf(
+    const PropertyList::Data& token, Error* error) {
+  const auto key = _key.read(error);
+  if (!key) {
+    return {};
+  }
+  const auto bookmark = unsealed(token.bytes, *key);
+  std::vector<Folder> folders;
+  if (auto own = locate(bookmark)) {
+    folders.push_back(std::move(*own));
+    if (folders.front().path == bookmark->path) {
+      return folders;
+    }
+  }
+  if (auto renewed = locate(_renewals.find(token.bytes, *key))) {
+    folders.push_back(std::move(*renewed));
+  }
+  return folders;
 }
 
 std::optional<std::string> LandlockSecurityScope::pathByResolvingBookmarkData(
     const PropertyList::Data& bookmark, Error* error) {
-  const auto folder = unsealed(bookmark.bytes, _key, error);
-  auto path = folder ? _resolver.pathOfBookmark(*folder) : std::nullopt;
-  if (path) {
-    _resolved.insert_or_assign(*path, folder->identity);
-  }
-  return path;
+  auto folders = foldersOf(bookmark, error);
+  return folders.empty() ? std::nullopt : std::optional(std::move(folders.front().path));
 }
 
-bool LandlockSecurityScope::startAccessing(const std::string& path) {
-  const auto resolved = _resolved.find(path);
-  if (resolved == _resolved.end()) {
+bool LandlockSecurityScope::renewBookmark(const PropertyList::Data& bookmark,
+                                          const std::string& path, Error* error) {
+  const auto present = lastingBookmark(path, error);
+  const auto key = present ? _key.readOrMake(error) : std::nullopt;
+  if (!key) {
     return false;
   }
-  const auto started = _started.emplace(path, Grant{resolved->second, std::nullopt});
-  _grants.add(started->second);
-  return true;
+  const auto own = unsealed(bookmark.bytes, *key);
+  if (own && own->path != path) {
+    report(EINVAL, Kind::Remembering, path, error);
+    return false;
+  }
+  const auto folders = foldersOf(bookmark, nullptr);
+  const bool leadsThere = std::any_of(folders.begin(), folders.end(), [&](const Folder& folder) {
+    return folder.identity == present->identity;
+  });
+  return leadsThere || _renewals.keep(bookmark.bytes, *present, *key, error);
 }
 
-void LandlockSecurityScope::stopAccessing(const std::string& path) {
-  const auto started = _started.find(path);
-  if (started != _started.end()) {
-    _grants.remove(started->second);
-    _started.erase(started);
-  }
+std::unique_ptr<SecurityScope::Access> LandlockSecurityScope::startAccessing(
+    const PropertyList::Data& bookmark) {
+  const auto folders = foldersOf(bookmark, nullptr);
+  return folders.empty() ? nullptr : std::make_unique<FolderAccess>(_grants, folders);
 }
 
 void LandlockSecurityScope::allowForThisRun(const std::string& path, Extent extent) {
   ItemLocation location =
       extent == Extent::Item ? locationOfPath(path) : ItemLocation{openDirectory(path), {}};
   auto folder = location.folder ? identityOfDirectory(location.folder.get()) : std::nullopt;
-  if (folder) {
-    _grants.add({std::move(*folder),
-                 extent == Extent::Item ? std::optional(std::move(location.name)) : std::nullopt});
+  if (!folder) {
+    return;
   }
+  if (extent == Extent::Item) {
+    _grants.add({std::move(*folder), std::move(location.name)});
+  } else {
+    const Grant grant{std::move(*folder), std::nullopt};
+    _grants.add(_allowed.emplace(standardizingPath(path), grant)->second);
+  }
+}
+
+void LandlockSecurityScope::disallow(const std::string& path) {
+  const auto [first, last] = _allowed.equal_range(standardizingPath(path));
+  std::for_each(first, last, [&](const auto& entry) { _grants.remove(entry.second); });
+  _allowed.erase(first, last);
 }
 
 bool LandlockSecurityScope::isAccessible(const std::string& path) const {

@@ -1,10 +1,14 @@
 #pragma once
 
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/SecurityScope.h"
 #include "platform/linux/scope/BookmarkKey.h"
+#include "platform/linux/scope/BookmarkRenewals.h"
 #include "platform/linux/scope/BookmarkResolver.h"
 #include "platform/linux/scope/Grants.h"
 #include "platform/linux/scope/LandlockRuleset.h"
@@ -26,28 +30,40 @@ class LandlockSecurityScope final : public SecurityScope {
  public:
   /// `keyPath` is the file with the key of the user's tokens, which is made when it is first
   /// needed; `landlockVersion` that of the kernel's interface to rely on, 0 for none.
-  explicit LandlockSecurityScope(std::string keyPath = BookmarkKey::pathForUser(),
+  explicit LandlockSecurityScope(const std::string& keyPath = BookmarkKey::pathForUser(),
                                  int landlockVersion = LandlockRuleset::kernelVersion());
 
   std::optional<PropertyList::Data> bookmarkDataForPath(const std::string& path,
                                                         Error* error) override;
   std::optional<std::string> pathByResolvingBookmarkData(const PropertyList::Data& bookmark,
                                                          Error* error) override;
-  bool startAccessing(const std::string& path) override;
-  void stopAccessing(const std::string& path) override;
+  bool renewBookmark(const PropertyList::Data& bookmark, const std::string& path,
+                     Error* error) override;
+  std::unique_ptr<Access> startAccessing(const PropertyList::Data& bookmark) override;
   void allowForThisRun(const std::string& path, Extent extent) override;
+  void disallow(const std::string& path) override;
   bool isAccessible(const std::string& path) const override;
   bool performConfined(const std::string& path, const Work& work, Error* error) override;
   bool performOnItem(const std::string& path, const Work& work, Error* error) const override;
 
  private:
+  class FolderAccess;
+  struct Folder {
+    std::string path;
+    DirectoryIdentity identity;
+  };
+
+  std::optional<Folder> locate(const std::optional<Bookmark>& bookmark);
+  std::vector<Folder> foldersOf(const PropertyList::Data& token, Error* error);
+  std::optional<Bookmark> lastingBookmark(const std::string& path, Error* error) const;
+
   BookmarkKey _key;
+  BookmarkRenewals _renewals;
   BookmarkResolver _resolver;
   int _landlockVersion;
   Grants _grants;
-  /// What the tokens that were resolved to a path, the last one of each, stand for.
-  std::map<std::string, DirectoryIdentity> _resolved;
-  std::multimap<std::string, Grant> _started;
+  /// The folders that panels gave, by the paths that were chosen.
+  std::multimap<std::string, Grant> _allowed;
 };
 
 }  // namespace quennel

@@ -197,6 +197,38 @@ TEST_P(Bookmarks, NeverLeadToACopyOfTheirFolder) {
   EXPECT_EQ(resolve(token), std::nullopt);
 }
 
+TEST_P(Bookmarks, LeadToWhatWasAuthorizedInTheirPlaceUntilTheirVolumeIsBack) {
+  const auto token = bookmark(folder);
+  ASSERT_TRUE(mount->unmountFrom(volume));
+  makeFolder(folder);
+  ASSERT_TRUE(newScope()->renewBookmark(token, folder));
+  EXPECT_THAT(resolve(token), Optional(folder));
+  ASSERT_TRUE(mount->mountAt(elsewhere));
+  makeFolder(elsewhere + "/some/folder");
+  EXPECT_THAT(resolve(token), Optional(outlivesMount() ? elsewhere + "/some/folder" : folder));
+  scope = newScope();
+  const auto access = scope->startAccessing(token);
+  EXPECT_TRUE(scope->isAccessible(folder));
+  EXPECT_EQ(scope->isAccessible(elsewhere + "/some/folder"), outlivesMount());
+  ASSERT_TRUE(mount->unmountFrom(elsewhere));
+  EXPECT_THAT(resolve(token), Optional(folder));
+}
+
+TEST_P(Bookmarks, GiveAccessToTheirFolderThatWasMovedAndToTheOneAuthorizedInItsPlace) {
+  const auto token = bookmark(folder);
+  rename(folder, volume + "/moved");
+  const bool isFollowed = resolve(token).has_value();
+  makeFolder(folder);
+  ASSERT_TRUE(newScope()->renewBookmark(token, folder));
+  scope = newScope();
+  const auto access = scope->startAccessing(token);
+  ASSERT_TRUE(access);
+  EXPECT_EQ(access->path(), isFollowed ? volume + "/moved" : folder);
+  EXPECT_TRUE(scope->isAccessible(folder));
+  EXPECT_EQ(scope->isAccessible(volume + "/moved"), isFollowed);
+  EXPECT_FALSE(scope->isAccessible(volume + "/some"));
+}
+
 TEST_P(Bookmarks, SayOfTwoFoldersWhichIsWhich) {
   makeFolder(volume + "/other");
   const auto token = bookmark(folder);

@@ -243,7 +243,7 @@ TEST_P(Confinement, LosesWhatIsMovedOutOfAGrant) {
 }
 
 TEST_P(Confinement, EndsWithTheGrant) {
-  scope->stopAccessing(granted);
+  accesses.clear();
   EXPECT_FALSE(copyTo(granted + "/copy"));
   EXPECT_FALSE(setMode(granted, 0700));
   EXPECT_FALSE(files->isWritableFileAtPath(granted));

@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "platform/linux/scope/LandlockSecurityScope.h"
 #include "tests/support/FakeSecurityScope.h"
@@ -70,12 +71,17 @@ class SecurityScopeContract : public ::testing::Test {
     _world.addFolder(outside);
   }
 
-  /// As a start of the program does it.
-  std::string startAccess(const std::string& path) {
-    const auto bookmark = _scope.bookmarkDataForPath(path);
-    const auto resolved = bookmark ? _scope.pathByResolvingBookmarkData(*bookmark) : std::nullopt;
-    EXPECT_TRUE(resolved && _scope.startAccessing(*resolved));
-    return resolved.value_or("");
+  PropertyList::Data bookmark(const std::string& path) {
+    const auto made = _scope.bookmarkDataForPath(path);
+    EXPECT_TRUE(made) << path;
+    return made.value_or(PropertyList::Data());
+  }
+
+  /// As a start of the program does it; the access lasts until the test ends.
+  SecurityScope::Access* startAccess(const std::string& path) {
+    _accesses.push_back(_scope.startAccessing(bookmark(path)));
+    EXPECT_NE(_accesses.back(), nullptr) << path;
+    return _accesses.back().get();
   }
 
   bool mayChange(const std::string& path) {
@@ -86,6 +92,7 @@ class SecurityScopeContract : public ::testing::Test {
   SecurityScope& _scope = _world.scope();
   const std::string granted = _world.root() + "/granted";
   const std::string outside = _world.root() + "/outside";
+  std::vector<std::unique_ptr<SecurityScope::Access>> _accesses;
 };
 
 using Worlds = ::testing::Types<FakeWorld, LandlockWorld<99>, LandlockWorld<0>>;
@@ -155,33 +162,68 @@ TYPED_TEST(SecurityScopeContract, WhatIsBesideOrAboveAGrantIsNotAccessible) {
   EXPECT_FALSE(this->mayChange(this->granted));
 }
 
-TYPED_TEST(SecurityScopeContract, AccessCannotBeStartedWithoutABookmark) {
-  EXPECT_FALSE(this->_scope.startAccessing(this->granted));
+TYPED_TEST(SecurityScopeContract, AnAccessKnowsWhereItsFolderIs) {
+  EXPECT_EQ(this->startAccess(this->granted)->path(), this->granted);
+}
+
+TYPED_TEST(SecurityScopeContract, AccessCannotBeStartedToAFolderThatIsGone) {
+  const auto bookmark = this->bookmark(this->granted);
+  this->_world.removeFolder(this->granted);
+  EXPECT_EQ(this->_scope.startAccessing(bookmark), nullptr);
+  EXPECT_EQ(this->_scope.startAccessing({"garbage"}), nullptr);
+}
+
+TYPED_TEST(SecurityScopeContract, ResolvingATokenGivesNoAccess) {
+  EXPECT_TRUE(this->_scope.pathByResolvingBookmarkData(this->bookmark(this->granted)));
   EXPECT_FALSE(this->_scope.isAccessible(this->granted));
 }
 
-TYPED_TEST(SecurityScopeContract, AccessLastsUntilEveryStartWasStopped) {
-  const std::string path = this->startAccess(this->granted);
-  EXPECT_TRUE(this->_scope.startAccessing(path));
-  this->_scope.stopAccessing(path);
-  EXPECT_TRUE(this->_scope.isAccessible(path));
-  this->_scope.stopAccessing(path);
-  EXPECT_FALSE(this->_scope.isAccessible(path));
-  EXPECT_FALSE(this->mayChange(path + "/new"));
-}
-
-TYPED_TEST(SecurityScopeContract, AStopThatNoStartPrecededDoesNothing) {
-  this->_scope.stopAccessing(this->granted);
+TYPED_TEST(SecurityScopeContract, AFolderStaysAccessibleUntilItsLastAccessIsGone) {
   this->startAccess(this->granted);
+  this->startAccess(this->granted);
+  this->_accesses.pop_back();
   EXPECT_TRUE(this->_scope.isAccessible(this->granted));
+  this->_accesses.pop_back();
+  EXPECT_FALSE(this->_scope.isAccessible(this->granted));
+  EXPECT_FALSE(this->mayChange(this->granted + "/new"));
 }
 
 TYPED_TEST(SecurityScopeContract, AGrantBelowAnotherOneOutlivesIt) {
-  const std::string path = this->startAccess(this->granted);
+  this->startAccess(this->granted);
   this->startAccess(this->granted + "/below");
-  this->_scope.stopAccessing(path);
-  EXPECT_FALSE(this->_scope.isAccessible(path));
-  EXPECT_TRUE(this->_scope.isAccessible(path + "/below"));
+  this->_accesses.erase(this->_accesses.begin());
+  EXPECT_FALSE(this->_scope.isAccessible(this->granted));
+  EXPECT_TRUE(this->_scope.isAccessible(this->granted + "/below"));
+}
+
+TYPED_TEST(SecurityScopeContract, ARenewedTokenLeadsToTheFolderThatWasAuthorizedInItsPlace) {
+  const auto bookmark = this->bookmark(this->granted);
+  this->_world.removeFolder(this->granted);
+  this->_world.addFolder(this->granted);
+  EXPECT_TRUE(this->_scope.renewBookmark(bookmark, this->granted));
+  EXPECT_THAT(this->_scope.pathByResolvingBookmarkData(bookmark), Optional(this->granted));
+  const auto access = this->_scope.startAccessing(bookmark);
+  ASSERT_TRUE(access);
+  EXPECT_EQ(access->path(), this->granted);
+  EXPECT_TRUE(this->mayChange(this->granted + "/new"));
+}
+
+TYPED_TEST(SecurityScopeContract, ARenewedTokenLeadsToNoFolderThatComesLater) {
+  const auto bookmark = this->bookmark(this->granted);
+  for (int round = 0; round < 3; ++round) {
+    this->_world.removeFolder(this->granted);
+    this->_world.addFolder(this->granted);
+    EXPECT_FALSE(this->_scope.pathByResolvingBookmarkData(bookmark)) << round;
+    EXPECT_TRUE(this->_scope.renewBookmark(bookmark, this->granted));
+  }
+}
+
+TYPED_TEST(SecurityScopeContract, WithoutAFolderThereIsNothingToRenewATokenFor) {
+  const auto bookmark = this->bookmark(this->granted);
+  this->_world.removeFolder(this->granted);
+  Error error;
+  EXPECT_FALSE(this->_scope.renewBookmark(bookmark, this->granted, &error));
+  EXPECT_NE(error.code, 0);
 }
 
 TYPED_TEST(SecurityScopeContract, AFolderFromAPanelIsAccessibleWithAllBelowIt) {
@@ -189,6 +231,18 @@ TYPED_TEST(SecurityScopeContract, AFolderFromAPanelIsAccessibleWithAllBelowIt) {
   EXPECT_TRUE(this->_scope.isAccessible(this->granted));
   EXPECT_TRUE(this->mayChange(this->granted + "/below/new"));
   EXPECT_FALSE(this->mayChange(this->outside + "/new"));
+}
+
+TYPED_TEST(SecurityScopeContract, AFolderFromAPanelCanBeTakenBackAndOtherGrantsOfItStay) {
+  this->_scope.allowForThisRun(this->granted, Extent::Folder);
+  this->_scope.allowForThisRun(this->granted + "/", Extent::Folder);
+  this->_scope.allowForThisRun(this->outside, Extent::Folder);
+  this->_scope.disallow(this->granted);
+  EXPECT_FALSE(this->_scope.isAccessible(this->granted));
+  EXPECT_TRUE(this->_scope.isAccessible(this->outside));
+  this->startAccess(this->granted);
+  this->_scope.disallow(this->granted);
+  EXPECT_TRUE(this->_scope.isAccessible(this->granted));
 }
 
 TYPED_TEST(SecurityScopeContract, ALocationFromAPanelIsAccessibleAlone) {

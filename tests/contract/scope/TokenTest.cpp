@@ -180,6 +180,115 @@ TEST_F(Token, OfPathsThatAreNotTextResolves) {
   EXPECT_THAT(resolve(bookmark(strange)), Optional(strange));
 }
 
+/// Tokens whose folder has been replaced by another one, which the user has authorized.
+class RenewedToken : public Token {
+ protected:
+  RenewedToken() {
+    std::filesystem::remove(folder);
+    makeFolder(folder);
+    EXPECT_TRUE(renew(token, folder));
+  }
+
+  bool renew(const std::string& renewed, const std::string& path, Error* error = nullptr) const {
+    return newScope()->renewBookmark({renewed}, path, error);
+  }
+  std::vector<std::string> renewals() const {
+    std::vector<std::string> paths;
+    for (const auto& entry : std::filesystem::directory_iterator(keyFile + ".renewals")) {
+      paths.push_back(entry.path());
+    }
+    return paths;
+  }
+};
+
+TEST_F(RenewedToken, LeadsToTheNewFolderInALaterRun) {
+  EXPECT_THAT(resolve({token}), Optional(folder));
+  const auto run = newScope();
+  EXPECT_FALSE(run->isAccessible(folder));
+  const auto access = run->startAccessing({token});
+  EXPECT_TRUE(run->isAccessible(folder));
+}
+
+TEST_F(RenewedToken, IsRememberedForTheUserAlone) {
+  ASSERT_EQ(renewals().size(), 1U);
+  EXPECT_EQ(modeOf(renewals().front()), 0600U);
+  EXPECT_EQ(modeOf(keyFile + ".renewals"), 0700U);
+}
+
+TEST_F(RenewedToken, IsRememberedOnceHoweverOftenItIsAuthorized) {
+  const std::string before = contentsOf(renewals().front());
+  EXPECT_TRUE(renew(token, folder));
+  EXPECT_EQ(contentsOf(renewals().front()), before);
+  std::filesystem::remove(folder);
+  makeFolder(folder);
+  EXPECT_TRUE(renew(token, folder));
+  EXPECT_EQ(renewals().size(), 1U);
+}
+
+TEST_F(RenewedToken, IsRenewedForItsOwnPathOnly) {
+  makeFolder(temporary / "other");
+  Error error;
+  EXPECT_FALSE(renew(token, temporary / "other", &error));
+  EXPECT_EQ(error.code, EINVAL);
+}
+
+TEST_F(RenewedToken, WithAnyBitOfTheRenewalFlippedGivesNothing) {
+  const std::string file = renewals().front();
+  const std::string kept = contentsOf(file);
+  const auto run = newScope();
+  for (std::size_t bit = 0; bit < kept.size() * 8; ++bit) {
+    std::string changed = kept;
+    changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << (bit % 8)));
+    writeFile(file, changed);
+    EXPECT_FALSE(run->pathByResolvingBookmarkData({token})) << bit;
+  }
+  writeFile(file, kept);
+}
+
+TEST_F(RenewedToken, IsNotRenewedByTheRenewalOfAnotherOneOrByAToken) {
+  makeFolder(temporary / "other");
+  const std::string otherToken = bookmark(temporary / "other").bytes;
+  std::filesystem::remove(temporary / "other");
+  makeFolder(temporary / "other");
+  const std::string file = renewals().front();
+  const std::string kept = contentsOf(file);
+  ASSERT_TRUE(renew(otherToken, temporary / "other"));
+  for (const std::string& path : renewals()) {
+    writeFile(file, contentsOf(path == file ? renewals().back() : path));
+    if (contentsOf(file) != kept) {
+      EXPECT_FALSE(resolve({token}));
+    }
+  }
+  writeFile(file, bookmark(folder).bytes);
+  EXPECT_FALSE(resolve({token}));
+  writeFile(file, kept);
+}
+
+TEST_F(RenewedToken, GivesNothingOnceItsUserHasAnotherKey) {
+  std::filesystem::rename(keyFile, keyFile + ".away");
+  EXPECT_THAT(resolve(bookmark(folder)), Optional(folder));
+  EXPECT_FALSE(resolve({token}));
+  std::filesystem::rename(keyFile + ".away", keyFile);
+}
+
+TEST_F(RenewedToken, MayHaveBeenMadeWithAKeyThatIsLost) {
+  std::filesystem::remove(keyFile);
+  EXPECT_TRUE(renew(token, folder));
+  EXPECT_THAT(resolve({token}), Optional(folder));
+}
+
+TEST_F(RenewedToken, IsNotRememberedWithAKeyThatCannotBeUsed) {
+  std::filesystem::remove(folder);
+  makeFolder(folder);
+  chmod(keyFile.c_str(), 0644);
+  Error error;
+  EXPECT_FALSE(renew(token, folder, &error));
+  EXPECT_EQ(error.code, EPERM);
+  chmod(keyFile.c_str(), 0600);
+  EXPECT_FALSE(resolve({token}));
+  EXPECT_TRUE(renew(token, folder));
+}
+
 TEST(BookmarkKeyOfManyProcesses, IsTheSameForAll) {
   for (int round = 0; round < 20; ++round) {
     const TemporaryDirectory folder;

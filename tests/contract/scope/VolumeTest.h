@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/linux/files/PosixFileManager.h"
 #include "platform/linux/scope/ConfinedFileManager.h"
@@ -33,7 +34,7 @@ class VolumeTest : public ::testing::Test {
   /// What a new run of the program finds, `landlockVersion` of the kernel at the most.
   std::unique_ptr<SecurityScope> newScope(int landlockVersion = 99) const;
 
-  /// Starts access to the folder in `scope` by way of a token.
+  /// Starts access to the folder in `scope` by way of a token; it lasts as long as `accesses`.
   void grant(const std::string& path);
 
   /// The token for the folder at `path`.
@@ -47,6 +48,7 @@ class VolumeTest : public ::testing::Test {
   const std::string elsewhere = temporary / "elsewhere";
   std::unique_ptr<Volume> mount;
   std::unique_ptr<SecurityScope> scope;
+  std::vector<std::unique_ptr<SecurityScope::Access>> accesses;
   PosixFileManager posixFiles;
 };
 
