@@ -45,6 +45,19 @@ void AuthorizedDirectories::restartAccessingURLs() {
   startAccessingURLs();
 }
 
+void AuthorizedDirectories::recordsDidChange() {
+  restartAccessingURLs();
+  // What a panel gave lasts for the run, unless the user has withdrawn it since.
+  auto records = authorizedDirsOf(_sharedDefaults.objectForKey(authorizedDirsKey));
+  std::erase_if(_authorizedPaths, [&](const std::string& path) {
+    const bool isWithdrawn = findAuthorizedDir(records, path) == records.end();
+    if (isWithdrawn) {
+      _securityScope.disallow(path);
+    }
+    return isWithdrawn;
+  });
+}
+
 void AuthorizedDirectories::saveAuthorizedURL(const std::string& url) {
   const std::string path = withoutTrailingSlashes(url);
   auto records = authorizedDirsOf(_sharedDefaults.objectForKey(authorizedDirsKey));
@@ -55,20 +68,25 @@ void AuthorizedDirectories::saveAuthorizedURL(const std::string& url) {
     if (const PropertyList::Data* bookmark = authorizationBookmark(*record)) {
       _securityScope.renewBookmark(*bookmark, path);
     }
+    _authorizedPaths.insert(path);
     return;
   }
   const auto bookmark = _securityScope.bookmarkDataForPath(path);
   if (!bookmark) {
     return;
   }
-  _sharedDefaults.updateObjectForKey(authorizedDirsKey, [&](const auto& stored) {
-    // Another process may have recorded it just now.
-    PropertyList::Array present = authorizedDirsOf(stored);
-    if (findAuthorizedDir(present, path) == present.end()) {
-      present.push_back(makeAuthorizedDir(path, *bookmark));
-    }
-    return PropertyList(std::move(present));
-  });
+  const bool isStored =
+      _sharedDefaults.updateObjectForKey(authorizedDirsKey, [&](const auto& stored) {
+        // Another process may have recorded it just now.
+        PropertyList::Array present = authorizedDirsOf(stored);
+        if (findAuthorizedDir(present, path) == present.end()) {
+          present.push_back(makeAuthorizedDir(path, *bookmark));
+        }
+        return PropertyList(std::move(present));
+      });
+  if (isStored) {
+    _authorizedPaths.insert(path);
+  }
 }
 
 }  // namespace quennel

@@ -26,6 +26,9 @@ class AuthorizedDirectories {
   /// Ends access to all `openedURLs`, and leaves them in the set.
   void stopAccessingURLs();
   void restartAccessingURLs();
+  /// Another program has changed the records, and asks for them to be in force: restarts access,
+  /// and takes back what a panel gave in this run and is recorded no more.
+  void recordsDidChange();
   /// Records the directory that the user chose, for later runs: access to it is not started. A
   /// directory whose path is recorded already is not recorded again. `url` is the path of the file
   /// URL.
@@ -37,6 +40,8 @@ class AuthorizedDirectories {
   SecurityScope& _securityScope;
   UserDefaults& _sharedDefaults;
   std::set<std::string> _openedURLs;
+  /// The directories that the user has authorized in this run and that are recorded.
+  std::set<std::string> _authorizedPaths;
   std::vector<std::unique_ptr<SecurityScope::Access>> _accesses;
   /// Those that were followed by another start without a stop.
   std::vector<std::unique_ptr<SecurityScope::Access>> _earlierAccesses;

@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "platform/ApplicationActions.h"
 #include "platform/Bundle.h"
 #include "platform/DistributedNotificationCenter.h"
 #include "platform/KernelQueue.h"
@@ -12,6 +13,7 @@
 #include "platform/values/Path.h"
 #include "platform/values/Text.h"
 #include "platform/values/URL.h"
+#include "settings/AuthorizedDir.h"
 #include "settings/SharedSettings.h"
 #include "watch/VDKQueue.h"
 
@@ -37,6 +39,8 @@ AppDelegate::AppDelegate(const Platform& platform) : _platform(platform), _rooms
   observe(sharedSuiteName);
   _volumeObserver = _platform.volumeEvents.addObserver([this] { workspaceDidMount(); },
                                                        [this] { workspaceDidUnmount(); });
+  _accessAction = _platform.actions.addAction(
+      restartAccessAction, [this](const auto&) { _rooms.directories.recordsDidChange(); });
   startAccessingURLs();
 }
 
@@ -84,6 +88,7 @@ void AppDelegate::applicationWillTerminate() {
   _observers.clear();
   _volumeObserver.reset();
   _hotKeyObserver.reset();
+  _accessAction.reset();
 }
 
 void AppDelegate::userDefaultsDidChange(const Notification& notification) {

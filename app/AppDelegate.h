@@ -133,6 +133,7 @@ class AppDelegate : public VDKQueueDelegate {
   std::unique_ptr<Registration> _urlHandler;
   std::unique_ptr<Registration> _volumeObserver;
   std::unique_ptr<Registration> _hotKeyObserver;
+  std::unique_ptr<Registration> _accessAction;
   std::shared_ptr<VDKQueue> _fileWatcher;
 };
 

@@ -2,6 +2,7 @@
 
 namespace quennel {
 
+class ApplicationActions;
 class Bundle;
 class DistributedNotificationCenter;
 class FileManager;
@@ -35,6 +36,7 @@ struct Platform {
   KernelQueueFactory& kernelQueues;
   DistributedNotificationCenter& distributedNotificationCenter;
   URLEvents& urlEvents;
+  ApplicationActions& actions;
   UserInterface& userInterface;
   UserScripts& userScripts;
   PTHotKeyCenter& hotKeyCenter;

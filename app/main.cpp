@@ -14,6 +14,7 @@
 
 #include "app/AppDelegate.h"
 #include "platform/linux/bundle/PrefixBundle.h"
+#include "platform/linux/bus/BusApplicationActions.h"
 #include "platform/linux/bus/BusDistributedNotificationCenter.h"
 #include "platform/linux/bus/BusURLEvents.h"
 #include "platform/linux/bus/HandOver.h"
@@ -63,7 +64,7 @@ class Helper {
  public:
   Helper(EventRunLoop& runLoop, SessionBus& bus,
          BusDistributedNotificationCenter& notificationCenter, BusURLEvents& urlEvents,
-         BusHotKeyList& hotKeyList)
+         BusApplicationActions& actions, BusHotKeyList& hotKeyList)
       : _runLoop(runLoop),
         _hotKeyList(hotKeyList),
         _urlEvents(urlEvents),
@@ -89,6 +90,7 @@ class Helper {
                    .kernelQueues = _kernelQueues,
                    .distributedNotificationCenter = notificationCenter,
                    .urlEvents = urlEvents,
+                   .actions = actions,
                    .userInterface = _userInterface,
                    .userScripts = _userScripts,
                    .hotKeyCenter = _hotKeyCenter,
@@ -164,7 +166,9 @@ std::optional<Succession> serve(const std::vector<std::string>& urls) {
   EventRunLoop runLoop;
   SessionBus bus(runLoop);
   BusHotKeyList hotKeyList(bus);
+  BusApplicationActions actions(bus);
   BusURLEvents urlEvents(bus);
+  urlEvents.setActions(actions);
   // A command may be sent to the helper as soon as it has its name.
   BusDistributedNotificationCenter notificationCenter(bus);
   notificationCenter.listen(BusURLEvents::busName);
@@ -174,7 +178,7 @@ std::optional<Succession> serve(const std::vector<std::string>& urls) {
     return std::nullopt;
   }
   makeRoomInEnvironment(activationTokenVariables);
-  Helper helper(runLoop, bus, notificationCenter, urlEvents, hotKeyList);
+  Helper helper(runLoop, bus, notificationCenter, urlEvents, actions, hotKeyList);
   helper.run();
   for (const auto& url : urlEvents.release()) {
     helper.handleLate(url);

@@ -93,8 +93,7 @@ constexpr std::array commands{
         "DIR",
         "let the helper write in a folder",
         "Lets the helper make files in the folder DIR and in all folders below it, as choosing\n"
-        "it in the helper's panel does. A helper that is running takes it up when it is\n"
-        "started next.",
+        "it in the helper's panel does. A helper that is running takes it up at once.",
         {},
         1,
         1,
@@ -108,8 +107,8 @@ constexpr std::array commands{
             "PATH",
             "withdraw what was granted",
             "Withdraws the grant of the folder PATH, which need not exist any more. Folders below\n"
-            "or above it that were granted by themselves stay so. A helper that is running keeps\n"
-            "its access until it leaves.",
+            "or above it that were granted by themselves stay so. A helper that is running makes\n"
+            "no more files there, once this returns; what is under way ends as it began.",
             {},
             1,
             1,

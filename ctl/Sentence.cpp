@@ -69,6 +69,9 @@ std::string failureSentence(const Failure& failure) {
       return shown(failure.item) + " is not a folder";
     case Failure::Reason::NotGranted:
       return shown(failure.item) + " was not granted";
+    case Failure::Reason::HelperNotTold:
+      return "done, but the helper that is running does not know of it (" +
+             sentenceOf(failure.silence, "refuses") + ")";
     case Failure::Reason::HelperSilent:
       return sentenceOf(failure.silence, "did not take the request");
     default:

@@ -54,7 +54,7 @@ int main(int count, char** words) {
                              "quennelhelper"));
   Templates templates(settings, files, autostart, helper);
   Switches switches(settings);
-  GrantedFolders grants(settings, scope, files);
+  GrantedFolders grants(settings, scope, files, helper);
   CommandContext context{templates, switches, grants, helper, files, std::cout, std::cerr};
   const int status = runCommandLine(arguments, context);
   if (!std::cout.flush()) {

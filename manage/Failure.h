@@ -45,6 +45,8 @@ struct Failure {
     /// The folder `item` was not granted.
     NotGranted,
 
+    /// It is done, but not known to the helper that is running; `silence` is why.
+    HelperNotTold,
     /// The helper was needed; `silence` is why it does not answer.
     HelperSilent,
   };

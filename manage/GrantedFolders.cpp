@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "manage/StoredList.h"
 #include "settings/SharedSettings.h"
 
 namespace quennel {
@@ -27,8 +26,20 @@ std::optional<Failure> checkFolder(const std::string& path, const FileInspector&
 }  // namespace
 
 GrantedFolders::GrantedFolders(UserDefaults& settings, SecurityScope& scope,
-                               const FileInspector& files)
-    : _settings(settings), _scope(scope), _files(files) {}
+                               const FileInspector& files, HelperConnection& helper)
+    : _settings(settings), _scope(scope), _files(files), _helper(helper) {}
+
+Result<void, Failure> GrantedFolders::change(const ListChange& change) {
+  const auto changed = changeStoredList(_settings, authorizedDirsKey, change);
+  if (!changed) {
+    return changed;
+  }
+  const auto told = _helper.perform(restartAccessAction);
+  if (!told) {
+    return Failure{.reason = Reason::HelperNotTold, .silence = told.failure()};
+  }
+  return {};
+}
 
 std::optional<std::string> GrantedFolders::placeOf(const AuthorizedDir& record,
                                                    Error* obstacle) const {
@@ -61,7 +72,7 @@ Result<void, Failure> GrantedFolders::grant(const std::string& path) {
   if (!bookmark) {
     return failure;
   }
-  return changeStoredList(_settings, authorizedDirsKey, [&](Array& records) -> Check {
+  return change([&](Array& records) -> Check {
     const auto record = findAuthorizedDir(records, path);
     if (record == records.end()) {
       records.push_back(makeAuthorizedDir(path, *bookmark));
@@ -74,7 +85,7 @@ Result<void, Failure> GrantedFolders::grant(const std::string& path) {
 }
 
 Result<void, Failure> GrantedFolders::revoke(const std::string& name, const std::string& path) {
-  return changeStoredList(_settings, authorizedDirsKey, [&](Array& records) -> Check {
+  return change([&](Array& records) -> Check {
     const auto removed = std::erase_if(records, [&](const AuthorizedDir& record) {
       const std::string* recorded = authorizedPath(record);
       return recorded && (*recorded == name || *recorded == path);

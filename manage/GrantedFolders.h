@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "manage/Failure.h"
+#include "manage/StoredList.h"
 #include "platform/Error.h"
 #include "platform/FileInspector.h"
+#include "platform/HelperConnection.h"
 #include "platform/SecurityScope.h"
 #include "platform/UserDefaults.h"
 #include "settings/AuthorizedDir.h"
@@ -27,11 +29,13 @@ struct GrantedFolder {
   bool isInItsPlace() const { return path && place == path; }
 };
 
-/// The folders that the user has granted.
+/// The folders that the user has granted. When a change of them returns it is in force for a helper
+/// that is running, too, but for what that has under way.
 class GrantedFolders {
  public:
   /// Nothing is owned.
-  GrantedFolders(UserDefaults& settings, SecurityScope& scope, const FileInspector& files);
+  GrantedFolders(UserDefaults& settings, SecurityScope& scope, const FileInspector& files,
+                 HelperConnection& helper);
 
   Result<std::vector<GrantedFolder>, Failure> all() const;
 
@@ -43,11 +47,13 @@ class GrantedFolders {
   Result<void, Failure> revoke(const std::string& name, const std::string& path);
 
  private:
+  Result<void, Failure> change(const ListChange& change);
   std::optional<std::string> placeOf(const AuthorizedDir& record, Error* obstacle = nullptr) const;
 
   UserDefaults& _settings;
   SecurityScope& _scope;
   const FileInspector& _files;
+  HelperConnection& _helper;
 };
 
 }  // namespace quennel

@@ -47,6 +47,10 @@ class HelperConnection {
   /// Posts the command to whoever listens and never starts anything. Whether a helper is running.
   virtual Result<bool, HelperSilence> notify(const std::string& command) = 0;
 
+  /// Has the helper perform the action if it is running, and never starts anything: without a
+  /// session there is no helper to be found. Returns when it is done. Whether a helper is running.
+  virtual Result<bool, HelperSilence> perform(const std::string& action) = 0;
+
   /// The keys that the helper has tried to bind; it is started if needed.
   virtual Result<std::vector<HelperKey>, HelperSilence> keys() = 0;
 };

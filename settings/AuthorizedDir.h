@@ -12,6 +12,9 @@ namespace quennel {
 /// run finds it.
 using AuthorizedDir = PropertyList;
 
+/// The action by which other programs have a running helper go by the records as they are now.
+inline constexpr const char* restartAccessAction = "restart-access";
+
 inline AuthorizedDir makeAuthorizedDir(const std::string& path, PropertyList::Data bookmark) {
   return PropertyList::Dictionary{{"path", path}, {"bookmarkData", std::move(bookmark)}};
 }

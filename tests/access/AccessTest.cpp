@@ -138,6 +138,49 @@ TEST_F(Access, IsHeldOnceForTwoRecordsOfOneDirectory) {
   EXPECT_FALSE(fakes.securityScope.isAccessible("/a"));
 }
 
+TEST_F(Access, TakesUpAndEndsRecordsThatOthersHaveChanged) {
+  setRecords({record("/c")});
+  launch();
+  setRecords({record("/a")});
+  directories->recordsDidChange();
+  EXPECT_THAT(directories->openedURLs(), ElementsAre("/a"));
+  EXPECT_TRUE(fakes.securityScope.isAccessible("/a"));
+  EXPECT_FALSE(fakes.securityScope.isAccessible("/c"));
+}
+
+TEST_F(Access, ThatAPanelGaveEndsWhenItsRecordIsWithdrawn) {
+  launch();
+  for (const char* path : {"/a", "/c"}) {
+    fakes.securityScope.allowForThisRun(path, SecurityScope::Extent::Folder);
+    directories->saveAuthorizedURL(path);
+  }
+  setRecords({record("/c")});
+  directories->restartAccessingURLs();
+  EXPECT_TRUE(fakes.securityScope.isAccessible("/a"));
+  directories->recordsDidChange();
+  EXPECT_FALSE(fakes.securityScope.isAccessible("/a"));
+  EXPECT_TRUE(fakes.securityScope.isAccessible("/c"));
+}
+
+TEST_F(Access, ThatAPanelGaveAndNobodyCouldRecordLastsForTheRun) {
+  fakes.securityScope.unbookmarkable.insert("/a");
+  launch();
+  fakes.securityScope.allowForThisRun("/a", SecurityScope::Extent::Folder);
+  directories->saveAuthorizedURL("/a");
+  directories->recordsDidChange();
+  EXPECT_TRUE(fakes.securityScope.isAccessible("/a"));
+}
+
+TEST_F(Access, ToALocationThatTheUserChoseStaysWhenItsFolderIsWithdrawn) {
+  setRecords({record("/a")});
+  launch();
+  fakes.securityScope.allowForThisRun("/a/new", SecurityScope::Extent::Item);
+  setRecords({});
+  directories->recordsDidChange();
+  EXPECT_FALSE(fakes.securityScope.isAccessible("/a"));
+  EXPECT_TRUE(fakes.securityScope.isAccessible("/a/new"));
+}
+
 TEST_F(Access, AuthorizedAnewToADirectoryThatTookThePlaceIsRememberedWithoutAChangeOfTheRecord) {
   const PropertyList::Array before{record("/a")};
   setRecords(before);

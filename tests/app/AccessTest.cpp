@@ -113,6 +113,21 @@ TEST_F(Access, TakesUpRecordsOfOtherProcessesAtTheNextVolumeEventOnly) {
   EXPECT_THAT(delegate->openedURLs(), ElementsAre("/a"));
 }
 
+TEST_F(Access, TakesUpAndEndsRecordsAtOnceWhenAnotherProgramAsksForIt) {
+  setRecords({record("/c")});
+  launch();
+  setRecords({record("/a")});
+  EXPECT_TRUE(fakes.actions.activate("restart-access"));
+  EXPECT_THAT(delegate->openedURLs(), ElementsAre("/a"));
+  EXPECT_FALSE(fakes.securityScope.isAccessible("/c"));
+}
+
+TEST_F(Access, IsNotRestartedByOthersOnceTheApplicationTerminates) {
+  launch();
+  fakes.runLoop.terminate();
+  EXPECT_FALSE(fakes.actions.activate("restart-access"));
+}
+
 TEST_F(Access, GrantedInThisRunIsNotOpenedUntilARestart) {
   launch().saveAuthorizedURL("/a");
   EXPECT_THAT(delegate->openedURLs(), IsEmpty());

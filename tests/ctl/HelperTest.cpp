@@ -64,6 +64,9 @@ class HelperStandIn {
 
   static int noteCall(sd_bus_message* message, void* object, sd_bus_error* error) {
     auto& self = *static_cast<HelperStandIn*>(object);
+    if (sd_bus_message_is_method_call(message, "org.freedesktop.Application", "ActivateAction")) {
+      return self.noteAction(message, error);
+    }
     if (!sd_bus_message_is_method_call(message, "org.freedesktop.Application", "Open")) {
       return 0;
     }
@@ -82,6 +85,16 @@ class HelperStandIn {
       noted += std::string(" ") + key + "=" + value;
     }
     self.calls.push_back(noted);
+    return sd_bus_reply_method_return(message, "");
+  }
+
+  int noteAction(sd_bus_message* message, sd_bus_error* error) {
+    if (_isRefusing) {
+      return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, "not today");
+    }
+    const char* name = nullptr;
+    check(sd_bus_message_read(message, "s", &name));
+    calls.emplace_back(name);
     return sd_bus_reply_method_return(message, "");
   }
 
@@ -222,6 +235,40 @@ TEST_F(HelperTest, AChangeThatFailsIsNotAnnounced) {
   EXPECT_EQ(serve({"notify", "last"}).status, 0);
   EXPECT_TRUE(helper->serveUntil([&] { return !helper->signals.empty(); }));
   EXPECT_EQ(helper->signals, Words{"net.brellow.QuennelHelper last"});
+}
+
+TEST_F(HelperTest, AHelperThatIsRunningLearnsOfEveryChangeOfTheGrants) {
+  helper->own();
+  environment["XDG_DATA_HOME"] = folder / "data";
+  EXPECT_EQ(serve({"grant", folder.path()}).status, 0);
+  EXPECT_EQ(helper->calls, Words{"restart-access"});
+  EXPECT_EQ(serve({"revoke", folder.path()}).status, 0);
+  EXPECT_EQ(helper->calls, (Words{"restart-access", "restart-access"}));
+  EXPECT_EQ(serve({"revoke", folder.path()}).status, 1);
+  EXPECT_EQ(helper->calls.size(), 2U);
+}
+
+TEST_F(HelperTest, AChangeOfTheGrantsThatTheHelperDoesNotTakeUpIsAFailureAndIsRecorded) {
+  helper->own();
+  helper->setRefusing();
+  environment["XDG_DATA_HOME"] = folder / "data";
+  const Answer answer = serve({"grant", folder.path()});
+  EXPECT_EQ(answer.status, 1);
+  EXPECT_EQ(answer.errors,
+            "quennelctl: done, but the helper that is running does not know of it (the helper "
+            "refuses: not today)\n");
+  EXPECT_EQ(run({"grants", "--plain"}).output, folder.path() + "\t" + folder.path() + "\n");
+}
+
+TEST_F(HelperTest, AChangeOfTheGrantsStartsNoHelper) {
+  bus = std::make_unique<PrivateBus>(PrivateBus::Services{{helperName, folder / "missing"}});
+  environment["DBUS_SESSION_BUS_ADDRESS"] = bus->address();
+  environment["XDG_DATA_HOME"] = folder / "data";
+  for (const char* const command : {"grant", "revoke"}) {
+    const Answer answer = run({command, folder.path()});
+    EXPECT_EQ(answer.status, 0);
+    EXPECT_EQ(answer.errors, "");
+  }
 }
 
 TEST_F(HelperTest, WithoutASessionBusTemplatesCanBeChangedAndRequestsFail) {

@@ -23,6 +23,12 @@ class ConfinementFlow : public HelperTest {
     EXPECT_EQ(helper.terminate(), 0);
     EXPECT_FALSE(exists(requested + "/note.txt"));
   }
+  void revoke(const std::string& granted) const {
+    EXPECT_EQ(Process({QUENNEL_CTL, "revoke", granted}, environment()).wait(), 0);
+  }
+  static bool eventuallyAsks(Process& helper, const std::string& requested) {
+    return eventually([&] { return helper.errorOutput().find(requested) != std::string::npos; });
+  }
 };
 
 TEST_F(ConfinementFlow, InAFolderThatWasNotGrantedNoFileIsMade) {
@@ -54,6 +60,48 @@ TEST_F(ConfinementFlow, AFolderThatTookThePlaceOfTheGrantedOneIsNotGranted) {
 TEST_F(ConfinementFlow, AFolderTemplateIsMadeWholeInsideTheGrant) {
   open({requestFor(folder(), "2"), requestFor(folder(), "2")});
   EXPECT_TRUE(eventuallyExists(in("project-1/src/main.c")));
+}
+
+TEST_F(ConfinementFlow, AGrantReachesAHelperThatIsRunning) {
+  Process helper = startReadyHelper();
+  const std::string other = outside("other");
+  grant(other);
+  open({requestFor(other, "0")});
+  EXPECT_TRUE(eventuallyExists(other + "/note.txt")) << helper.errorOutput();
+}
+
+TEST_F(ConfinementFlow, OnceAGrantIsRevokedAHelperThatIsRunningMakesNoFileThere) {
+  Process helper = startReadyHelper();
+  open({requestFor(folder(), "0")});
+  ASSERT_TRUE(eventuallyExists(in("note.txt")));
+  revoke(folder());
+  open({requestFor(folder(), "0")});
+  EXPECT_TRUE(eventuallyAsks(helper, folder())) << helper.errorOutput();
+  EXPECT_FALSE(exists(in("note-1.txt")));
+}
+
+TEST_F(ConfinementFlow, TheCommandsOfTheMainApplicationEndNoAccess) {
+  Process helper = startReadyHelper();
+  set("authorizedDirs", PropertyList::Array{});
+  command("fileTemplates");
+  command("authorizedDirs");
+  open({requestFor(folder(), "0")});
+  EXPECT_TRUE(eventuallyExists(in("note.txt"))) << helper.errorOutput();
+}
+
+TEST_F(ConfinementFlow, WhatIsUnderWayWhenItsGrantIsRevokedEndsAsItBegan) {
+  constexpr int count = 4000;
+  for (int index = 0; index < count; ++index) {
+    write(_root / ("templates/project/src/" + std::to_string(index)), "text");
+  }
+  Process helper = startReadyHelper();
+  send(requestFor(folder(), "2"));
+  ASSERT_TRUE(eventually([&] { return countEntries(folder()) > 0; }));
+  revoke(folder());
+  EXPECT_EQ(countEntries(in("project/src")), static_cast<std::size_t>(count) + 1);
+  open({requestFor(folder(), "0")});
+  EXPECT_TRUE(eventuallyAsks(helper, folder())) << helper.errorOutput();
+  EXPECT_EQ(countEntries(folder()), 1u);
 }
 
 TEST_F(ConfinementFlow, AVolumeThatComesWhileTheSettingsAreGarbageTakesNoGrantAway) {

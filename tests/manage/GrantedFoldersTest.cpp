@@ -5,6 +5,7 @@
 #include "manage/GrantedFolders.h"
 #include "settings/SharedSettings.h"
 #include "tests/support/FakeFileInspector.h"
+#include "tests/support/FakeHelperConnection.h"
 #include "tests/support/FakeSecurityScope.h"
 #include "tests/support/FakeUserDefaults.h"
 #include "tests/support/PrintPropertyList.h"
@@ -27,7 +28,8 @@ class GrantedFoldersTest : public testing::Test {
   FakeUserDefaults settings;
   FakeSecurityScope scope;
   FakeFileInspector files;
-  GrantedFolders grants{settings, scope, files};
+  FakeHelperConnection helper;
+  GrantedFolders grants{settings, scope, files, helper};
 };
 
 }  // namespace
@@ -83,6 +85,26 @@ TEST_F(GrantedFoldersTest, RevokeOfWhatWasNotGrantedStoresNothing) {
   ASSERT_FALSE(revoked);
   EXPECT_EQ(revoked.failure().reason, Reason::NotGranted);
   EXPECT_EQ(settings.storeCount(), 0);
+}
+
+TEST_F(GrantedFoldersTest, HelperThatIsRunningIsToldOfEveryChangeAndOfNothingElse) {
+  ASSERT_TRUE(grants.grant("/work"));
+  EXPECT_EQ(helper.performed, std::vector<std::string>{"restart-access"});
+  ASSERT_TRUE(grants.revoke("/work", "/work"));
+  EXPECT_EQ(helper.performed.size(), 2U);
+  EXPECT_FALSE(grants.revoke("/work", "/work"));
+  EXPECT_FALSE(grants.grant("/missing"));
+  EXPECT_TRUE(grants.all());
+  EXPECT_EQ(helper.performed.size(), 2U);
+}
+
+TEST_F(GrantedFoldersTest, ChangeThatTheHelperDoesNotTakeUpIsMadeAndSaysSo) {
+  helper.silence = HelperSilence{HelperSilence::Reason::Refused, "not today"};
+  const auto granted = grants.grant("/work");
+  ASSERT_FALSE(granted);
+  EXPECT_EQ(granted.failure().reason, Reason::HelperNotTold);
+  EXPECT_EQ(granted.failure().silence.detail, "not today");
+  EXPECT_EQ(grants.all()->size(), 1U);
 }
 
 TEST_F(GrantedFoldersTest, RecordsOfOthersAreShownAndKept) {

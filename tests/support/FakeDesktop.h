@@ -2,6 +2,7 @@
 
 #include "platform/linux/notifications/LocalNotificationCenter.h"
 #include "tests/support/CallLog.h"
+#include "tests/support/FakeApplicationActions.h"
 #include "tests/support/FakeBundle.h"
 #include "tests/support/FakeDistributedNotificationCenter.h"
 #include "tests/support/FakeFileManager.h"
@@ -33,6 +34,7 @@ struct FakeDesktop {
   LocalNotificationCenter workspaceNotificationCenter;
   FakeDistributedNotificationCenter distributedNotificationCenter{runLoop};
   FakeURLEvents urlEvents{runLoop};
+  FakeApplicationActions actions;
   FakeUserInterface userInterface{log};
   FakeUserScripts userScripts;
   FakeHotKeyCenter hotKeyCenter{runLoop};

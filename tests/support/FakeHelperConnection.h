@@ -18,6 +18,7 @@ class FakeHelperConnection : public HelperConnection {
 
   std::vector<std::string> openedURLs;
   std::vector<std::string> commands;
+  std::vector<std::string> performed;
 
   Result<void, HelperSilence> open(const std::string& url) override {
     if (silence) {
@@ -32,6 +33,14 @@ class FakeHelperConnection : public HelperConnection {
       return *silence;
     }
     commands.push_back(command);
+    return isRunning;
+  }
+
+  Result<bool, HelperSilence> perform(const std::string& action) override {
+    if (silence) {
+      return *silence;
+    }
+    performed.push_back(action);
     return isRunning;
   }
 

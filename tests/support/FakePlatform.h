@@ -33,6 +33,7 @@ inline Platform platformOf(FakeDesktop& fakes, const RealParts& real = {}) {
           .kernelQueues = fakes.kernelQueues,
           .distributedNotificationCenter = fakes.distributedNotificationCenter,
           .urlEvents = fakes.urlEvents,
+          .actions = fakes.actions,
           .userInterface = either<UserInterface>(real.userInterface, fakes.userInterface),
           .userScripts = either<UserScripts>(real.userScripts, fakes.userScripts),
           .hotKeyCenter = fakes.hotKeyCenter,

@@ -230,7 +230,10 @@ int BusURLEvents::activate(sd_bus_message* message, void* self, sd_bus_error*) {
   return sd_bus_reply_method_return(message, nullptr);
 }
 
-int BusURLEvents::activateAction(sd_bus_message* message, void*, sd_bus_error* error) {
+int BusURLEvents::activateAction(sd_bus_message* message, void* self, sd_bus_error* error) {
+  if (BusApplicationActions* const actions = static_cast<BusURLEvents*>(self)->_actions) {
+    return actions->receive(message);
+  }
   const char* name = nullptr;
   const int result = sd_bus_message_read(message, "s", &name);
   return result < 0 ? result

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/URLEvents.h"
+#include "platform/linux/bus/BusApplicationActions.h"
 #include "platform/linux/bus/BusTypes.h"
 #include "platform/linux/bus/HelperName.h"
 #include "platform/linux/bus/SessionBus.h"
@@ -28,6 +29,10 @@ class BusURLEvents final : public URLEvents {
 
   /// The bus is not owned; it outlives this object.
   explicit BusURLEvents(SessionBus& bus) : _bus(bus) {}
+
+  /// Where calls of `ActivateAction` go; without it every one is refused. Not owned; outlives the
+  /// run loop's run.
+  void setActions(BusApplicationActions& actions) { _actions = &actions; }
 
   enum class Role {
     /// This process is the session's helper.
@@ -74,6 +79,7 @@ class BusURLEvents final : public URLEvents {
   void deliverNext();
 
   SessionBus& _bus;
+  BusApplicationActions* _actions = nullptr;
   BusSlot _object;
   bool _ownsName = false;
   std::deque<URLEvent> _kept;

@@ -105,9 +105,13 @@ void appendActivationTokens(const BusMessage& call) {
   check(sd_bus_message_close_container(call.get()));
 }
 
+bool isHelperMissing(const BusMessage& answer) {
+  return isError(answer, SD_BUS_ERROR_SERVICE_UNKNOWN) ||
+         isError(answer, SD_BUS_ERROR_NAME_HAS_NO_OWNER);
+}
+
 void checkAnswer(const BusMessage& answer) {
-  if (isError(answer, SD_BUS_ERROR_SERVICE_UNKNOWN) ||
-      isError(answer, SD_BUS_ERROR_NAME_HAS_NO_OWNER)) {
+  if (isHelperMissing(answer)) {
     stop(Reason::NotInstalled);
   }
   if (isError(answer, nullptr)) {
@@ -141,6 +145,21 @@ bool postCommand(const std::string& command) {
   return isRunning;
 }
 
+bool performAction(const std::string& action) {
+  Connection connection;
+  const BusMessage call = connection.makeCall(BusURLEvents::busName, BusURLEvents::objectPath,
+                                              BusURLEvents::interfaceName, "ActivateAction");
+  check(sd_bus_message_set_auto_start(call.get(), 0));
+  check(sd_bus_message_append(call.get(), "sava{sv}", action.c_str(), 0, 0));
+  const BusMessage answer = connection.answerTo(call);
+  // The bus answers "no reply" for one that left with the question.
+  if (isHelperMissing(answer) || isError(answer, SD_BUS_ERROR_NO_REPLY)) {
+    return false;
+  }
+  checkAnswer(answer);
+  return true;
+}
+
 std::vector<HelperKey> askForKeys() {
   Connection connection;
   const BusMessage call = connection.makeCall(BusURLEvents::busName, BusURLEvents::objectPath,
@@ -166,6 +185,12 @@ Result<void, HelperSilence> BusHelperConnection::open(const std::string& url) {
 
 Result<bool, HelperSilence> BusHelperConnection::notify(const std::string& command) {
   return having<bool>([&] { return postCommand(command); });
+}
+
+Result<bool, HelperSilence> BusHelperConnection::perform(const std::string& action) {
+  auto performed = having<bool>([&] { return performAction(action); });
+  const bool isAlone = !performed && performed.failure().reason == Reason::NoSession;
+  return isAlone ? Result<bool, HelperSilence>(false) : performed;
 }
 
 Result<std::vector<HelperKey>, HelperSilence> BusHelperConnection::keys() {

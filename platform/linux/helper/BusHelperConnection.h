@@ -10,6 +10,7 @@ class BusHelperConnection final : public HelperConnection {
  public:
   Result<void, HelperSilence> open(const std::string& url) override;
   Result<bool, HelperSilence> notify(const std::string& command) override;
+  Result<bool, HelperSilence> perform(const std::string& action) override;
   Result<std::vector<HelperKey>, HelperSilence> keys() override;
 };
 

@@ -5,15 +5,18 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include "platform/linux/bus/BusApplicationActions.h"
 #include "platform/linux/bus/BusDistributedNotificationCenter.h"
 #include "platform/linux/bus/BusURLEvents.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/events/EventRunLoop.h"
 #include "tests/support/Deadline.h"
+#include "tests/support/FakeApplicationActions.h"
 #include "tests/support/FakeDistributedNotificationCenter.h"
 #include "tests/support/FakeRunLoop.h"
 #include "tests/support/FakeURLEvents.h"
@@ -30,6 +33,13 @@ class FakeStage {
   RunLoop& runLoop() { return _runLoop; }
   DistributedNotificationCenter& center() { return _center; }
   URLEvents& urlEvents() { return _urlEvents; }
+  ApplicationActions& actions() { return _actions; }
+
+  /// Another program has the action performed and waits for the answer: whether there is such an
+  /// action.
+  bool activate(const std::string& name, const std::optional<PropertyList>& parameter = {}) {
+    return _actions.activate(name, parameter);
+  }
 
   [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
     return _runLoop.runUntil(condition);
@@ -46,17 +56,40 @@ class FakeStage {
   FakeRunLoop _runLoop;
   FakeDistributedNotificationCenter _center{_runLoop};
   FakeURLEvents _urlEvents{_runLoop};
+  FakeApplicationActions _actions;
 };
 
 class BusStage {
  public:
   static bool isAvailable() { return PrivateBus::isAvailable(); }
 
-  BusStage() { _urlEvents.claim({}); }
+  BusStage() {
+    _urlEvents.setActions(_actions);
+    _urlEvents.claim({});
+  }
 
   RunLoop& runLoop() { return _runLoop; }
   DistributedNotificationCenter& center() { return _center; }
   URLEvents& urlEvents() { return _urlEvents; }
+  ApplicationActions& actions() { return _actions; }
+
+  bool activate(const std::string& name, const std::optional<PropertyList>& parameter = {}) {
+    sd_bus_message* call = nullptr;
+    sd_bus_message_new_method_call(_other.connection(), &call, BusURLEvents::busName,
+                                   BusURLEvents::objectPath, BusURLEvents::interfaceName,
+                                   "ActivateAction");
+    const BusMessage owned(call);
+    const std::string* const text = parameter ? parameter->string() : nullptr;
+    sd_bus_message_append(call, "s", name.c_str());
+    if (text) {
+      sd_bus_message_append(call, "av", 1, "s", text->c_str());
+    } else {
+      sd_bus_message_append(call, "av", 0);
+    }
+    sd_bus_message_append(call, "a{sv}", 0);
+    const BusMessage answer = _other.call(call);
+    return answer && sd_bus_message_is_method_error(answer.get(), nullptr) == 0;
+  }
 
   [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
     _runLoop.dispatchAfter(Deadline::standard, [this] { _runLoop.terminate(); });
@@ -93,6 +126,7 @@ class BusStage {
   EventRunLoop _runLoop;
   SessionBus _session{_runLoop, _bus.address()};
   BusDistributedNotificationCenter _center{_session};
+  BusApplicationActions _actions{_session};
   BusURLEvents _urlEvents{_session};
   SessionBus _other{_runLoop, _bus.address()};
   BusDistributedNotificationCenter _otherCenter{_other};
