@@ -37,6 +37,7 @@ struct Rooms {
                 .userInterface = platform.userInterface}};
   PanelCount panelCount{};
   FileCreation creation{{.fileManager = platform.fileManager,
+                         .securityScope = platform.securityScope,
                          .workspace = platform.workspace,
                          .sound = platform.sound,
                          .sharedDefaults = platform.sharedDefaults,

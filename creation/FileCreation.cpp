@@ -7,6 +7,8 @@
 #include "creation/AppUtil.h"
 #include "platform/Bundle.h"
 #include "platform/FileManager.h"
+#include "platform/Registration.h"
+#include "platform/SecurityScope.h"
 #include "platform/Sound.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
@@ -18,16 +20,22 @@ namespace quennel {
 
 void FileCreation::createFileAtDir(const std::optional<std::string>& dir,
                                    const FileTemplate& template_) const {
+  const std::string folder = dir.value_or("");
+  const auto stay = _services.securityScope.enterFolder(folder);
   if (_services.util.isWritableFileAtPath(dir)) {
-    makeFileAtDir(*dir, template_);
+    makeFileInFolder(folder, template_);
     return;
   }
-  const std::string folder = dir.value_or("");
   _services.authorizationPanel.askFor(
       folder, [this, folder, template_] { makeFileAtDir(folder, template_); });
 }
 
 void FileCreation::makeFileAtDir(const std::string& dir, const FileTemplate& template_) const {
+  const auto stay = _services.securityScope.enterFolder(dir);
+  makeFileInFolder(dir, template_);
+}
+
+void FileCreation::makeFileInFolder(const std::string& dir, const FileTemplate& template_) const {
   const std::string name = templateFileName(template_);
   if (name.empty()) {
     // Joined to the folder it would name the folder itself, and the free name one beside it.

@@ -13,6 +13,7 @@ class AppUtil;
 class AuthorizationPanel;
 class Bundle;
 class FileManager;
+class SecurityScope;
 class Sound;
 class UserDefaults;
 class Workspace;
@@ -23,6 +24,7 @@ class FileCreation {
  public:
   struct Services {
     FileManager& fileManager;
+    SecurityScope& securityScope;
     Workspace& workspace;
     Sound& sound;
     const UserDefaults& sharedDefaults;
@@ -53,6 +55,7 @@ class FileCreation {
                      const std::function<void()>& afterwards = nullptr) const;
 
  private:
+  void makeFileInFolder(const std::string& dir, const FileTemplate& template_) const;
   void runPostCreationActions(const std::string& path) const;
 
   Services _services;

@@ -71,6 +71,11 @@ class SecurityScope {
   /// grants go. Links are followed.
   virtual bool isAccessible(const std::string& path) const = 0;
 
+  /// Finds the folder at `path` and what grants it, once for all that is done to it and to the
+  /// items in it until the answer is destroyed or a grant comes or goes. Hold it for one request
+  /// only: it keeps the folder's volume from being unmounted.
+  [[nodiscard]] virtual std::unique_ptr<Registration> enterFolder(const std::string& path) = 0;
+
   /// Calls `work`, which makes, replaces or removes the item at `path`, so that it can change
   /// nothing that is not accessible: on a thread of its own, for which the caller waits, where the
   /// kernel can confine one. `work` has to use the path it is given. The result is that of `work`,

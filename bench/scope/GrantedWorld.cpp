@@ -43,7 +43,9 @@ Accesses startAccessing(SecurityScope& scope, const std::vector<PropertyList::Da
   return accesses;
 }
 
-void createFile(FileManager& files, const std::string& templateFile, const std::string& path) {
+void createFile(FileManager& files, SecurityScope* scope, const std::string& templateFile,
+                const std::string& path) {
+  const auto stay = scope ? scope->enterFolder(deletingLastPathComponent(path)) : nullptr;
   require(files.isWritableFileAtPath(deletingLastPathComponent(path) + "/"), "not writable");
   require(!files.fileExistsAtPath(path), "the name is taken");
   require(files.copyItemAtPath(templateFile, path), "the copy failed");

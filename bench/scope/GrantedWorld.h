@@ -35,6 +35,8 @@ Accesses startAccessing(SecurityScope& scope, const std::vector<PropertyList::Da
 
 /// Everything that a request changes or asks of the file system, from the question whether the
 /// folder can be written to the dates of the finished file.
-void createFile(FileManager& files, const std::string& templateFile, const std::string& path);
+/// Unconfined without a scope.
+void createFile(FileManager& files, SecurityScope* scope, const std::string& templateFile,
+                const std::string& path);
 
 }  // namespace quennel::bench

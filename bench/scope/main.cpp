@@ -23,10 +23,10 @@ namespace {
 constexpr double microsecondsInMillisecond = 1000;
 
 /// Microseconds for one creation; the file is removed afterwards.
-double creationTime(FileManager& files, const GrantedWorld& world) {
+double creationTime(FileManager& files, SecurityScope* scope, const GrantedWorld& world) {
   const std::string path = world.folder() + "/new";
   const double milliseconds =
-      millisecondsOf([&] { createFile(files, world.templateFile(), path); });
+      millisecondsOf([&] { createFile(files, scope, world.templateFile(), path); });
   unlink(path.c_str());
   return milliseconds * microsecondsInMillisecond;
 }
@@ -39,8 +39,8 @@ void measureCreation(Report& report, int grants) {
   PosixFileManager files;
   ConfinedFileManager confined(files, scope);
   const Medians medians = compare(
-      report.isSmoke() ? 3 : 5001, [&] { return creationTime(confined, world); },
-      [&] { return creationTime(files, world); });
+      report.isSmoke() ? 3 : 5001, [&] { return creationTime(confined, &scope, world); },
+      [&] { return creationTime(files, nullptr, world); });
   report.add({"added to a creation, " + std::to_string(grants) + " grants / creation",
               "us",
               medians.ours - medians.reference,
@@ -88,7 +88,7 @@ int createCold(char** arguments) {
   const std::string path = std::string(arguments[3]) + "/new";
   PosixFileManager files;
   if (std::string_view(arguments[1]) == coldOption) {
-    createFile(files, arguments[4], path);
+    createFile(files, nullptr, arguments[4], path);
     return 0;
   }
   std::vector<PropertyList::Data> bookmarks;
@@ -98,7 +98,7 @@ int createCold(char** arguments) {
   LandlockSecurityScope scope(root + "/key");
   const Accesses accesses = startAccessing(scope, bookmarks);
   ConfinedFileManager confined(files, scope);
-  createFile(confined, arguments[4], path);
+  createFile(confined, &scope, arguments[4], path);
   return 0;
 }
 

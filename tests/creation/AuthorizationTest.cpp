@@ -63,6 +63,16 @@ class Authorization : public DesktopTest {
   const PropertyList::Dictionary record = templateRecord("untitled", "txt");
 };
 
+TEST_F(Authorization, IsAskedForAfterTheFolderWasLeftWhichIsEnteredAgainForTheFile) {
+  request();
+  EXPECT_EQ(fakes.securityScope.entered, std::vector<std::string>{dir});
+  EXPECT_EQ(fakes.securityScope.enteredNow, 0);
+  answer(dir);
+  EXPECT_TRUE(exists(dir + "/untitled.txt"));
+  EXPECT_EQ(fakes.securityScope.entered, (std::vector<std::string>{dir, dir}));
+  EXPECT_EQ(fakes.securityScope.enteredNow, 0);
+}
+
 TEST_F(Authorization, IsNotAskedForWhereFilesMayBeMade) {
   request("/d");
   EXPECT_TRUE(exists("/d/untitled.txt"));

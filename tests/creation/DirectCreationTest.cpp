@@ -26,6 +26,13 @@ class DirectCreation : public DesktopTest {
   CreationRoom room{fakes};
 };
 
+TEST_F(DirectCreation, EntersTheFolderOnceAndLeavesItAgain) {
+  room.creation.createFileAtDir("/d", templateRecord("untitled", "txt"));
+  EXPECT_TRUE(exists("/d/untitled.txt"));
+  EXPECT_EQ(fakes.securityScope.entered, std::vector<std::string>{"/d"});
+  EXPECT_EQ(fakes.securityScope.enteredNow, 0);
+}
+
 TEST_F(DirectCreation, ATakenNameGetsANumber) {
   fakes.fileManager.addFile("/d/untitled.txt", "old");
   make(templateRecord("untitled", "txt"));

@@ -17,6 +17,7 @@ struct CreationRoom : AccessRoom {
               .notifications = fakes.distributedNotificationCenter,
               .userInterface = fakes.userInterface}),
         creation({.fileManager = fakes.fileManager,
+                  .securityScope = fakes.securityScope,
                   .workspace = fakes.workspace,
                   .sound = fakes.sound,
                   .sharedDefaults = fakes.sharedDefaults,

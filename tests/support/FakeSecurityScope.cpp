@@ -110,6 +110,22 @@ void FakeSecurityScope::disallow(const std::string& path) {
   });
 }
 
+class FakeSecurityScope::FakeStay final : public Registration {
+ public:
+  explicit FakeStay(int& count) : _count(count) { ++_count; }
+  FakeStay(const FakeStay&) = delete;
+  FakeStay& operator=(const FakeStay&) = delete;
+  ~FakeStay() override { --_count; }
+
+ private:
+  int& _count;
+};
+
+std::unique_ptr<Registration> FakeSecurityScope::enterFolder(const std::string& path) {
+  entered.push_back(path);
+  return std::make_unique<FakeStay>(enteredNow);
+}
+
 bool FakeSecurityScope::isAccessible(const std::string& path) const {
   return std::any_of(_accessible.begin(), _accessible.end(),
                      [&](const auto& folder) { return isAtOrBelow(path, folder); }) ||

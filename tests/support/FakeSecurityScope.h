@@ -24,6 +24,9 @@ class FakeSecurityScope : public SecurityScope {
   bool refusesToStart = false;
   /// What happens during each `startAccessing`.
   std::function<void()> whileStarting;
+  /// Every folder that was entered, and how many are now.
+  std::vector<std::string> entered;
+  int enteredNow = 0;
   /// Every `renewBookmark`, by its path.
   std::vector<std::string> renewed;
   /// The panels' answers.
@@ -49,12 +52,14 @@ class FakeSecurityScope : public SecurityScope {
   std::unique_ptr<Access> startAccessing(const PropertyList::Data& bookmark) override;
   void allowForThisRun(const std::string& path, Extent extent) override;
   void disallow(const std::string& path) override;
+  std::unique_ptr<Registration> enterFolder(const std::string& path) override;
   bool isAccessible(const std::string& path) const override;
   bool performConfined(const std::string& path, const Work& work, Error* error) override;
   bool performOnItem(const std::string& path, const Work& work, Error* error) const override;
 
  private:
   class FakeAccess;
+  class FakeStay;
 
   std::map<std::string, int> _folders;
   std::map<std::string, int>::node_type _away;

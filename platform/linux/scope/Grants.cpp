@@ -29,6 +29,7 @@ void Grants::remove(const Grant& grant) {
       std::find_if(first, last, [&](const auto& candidate) { return candidate.second == grant; });
   if (entry != last) {
     _byInode.erase(entry);
+    ++_changes;
   }
 }
 

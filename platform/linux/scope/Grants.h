@@ -25,8 +25,14 @@ struct Grant {
 class Grants {
  public:
   /// Grants count: one that was added twice is in force until it was removed twice.
-  void add(Grant grant) { _byInode.emplace(grant.folder.inode, std::move(grant)); }
+  void add(Grant grant) {
+    _byInode.emplace(grant.folder.inode, std::move(grant));
+    ++_changes;
+  }
   void remove(const Grant& grant);
+
+  /// How often grants have come or gone: what `folderGranting` answered holds until this changes.
+  std::uint64_t changes() const { return _changes; }
 
   /// The folder of the grant, the nearest one, that covers the item: its own or one further up, as
   /// the kernel knows the way up at this moment. None when no grant does.
@@ -37,6 +43,7 @@ class Grants {
   bool isGranted(int folder, std::uint64_t inode, const Child& child) const;
 
   std::unordered_multimap<std::uint64_t, Grant> _byInode;
+  std::uint64_t _changes = 0;
 };
 
 }  // namespace quennel

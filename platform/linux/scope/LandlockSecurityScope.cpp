@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <exception>
 #include <system_error>
 #include <thread>
@@ -74,6 +75,34 @@ class LandlockSecurityScope::FolderAccess final : public Access {
  private:
   Grants& _grants;
   std::vector<Grant> _own;
+};
+
+/// A folder that stands open for the length of a request.
+class LandlockSecurityScope::EnteredFolder final : public Registration {
+ public:
+  EnteredFolder(LandlockSecurityScope& scope, const std::string& path)
+      : folder(openDirectory(path)),
+        granted(folder ? scope._grants.folderGranting({duplicate(folder), {}}) : FileDescriptor()),
+        _scope(scope),
+        _outer(std::exchange(scope._entered, this)),
+        _path(withoutTrailingSlashes(path)),
+        _changes(scope._grants.changes()) {}
+  EnteredFolder(const EnteredFolder&) = delete;
+  EnteredFolder& operator=(const EnteredFolder&) = delete;
+  ~EnteredFolder() override { _scope._entered = _outer; }
+
+  bool is(std::string_view path) const {
+    return folder && path == _path && _changes == _scope._grants.changes();
+  }
+
+  const FileDescriptor folder;
+  const FileDescriptor granted;
+
+ private:
+  LandlockSecurityScope& _scope;
+  const EnteredFolder* _outer;
+  std::string _path;
+  std::uint64_t _changes;
 };
 
 LandlockSecurityScope::LandlockSecurityScope(const std::string& keyPath, int landlockVersion)
@@ -193,14 +222,37 @@ bool LandlockSecurityScope::isAccessible(const std::string& path) const {
   return item && _grants.folderGranting(item->location);
 }
 
+std::unique_ptr<Registration> LandlockSecurityScope::enterFolder(const std::string& path) {
+  return std::make_unique<EnteredFolder>(*this, path);
+}
+
+/// Null when it is another folder than the one that was entered, or that may have changed.
+const LandlockSecurityScope::EnteredFolder* LandlockSecurityScope::enteredFolder(
+    std::string_view path) const {
+  return _entered && _entered->is(path) ? _entered : nullptr;
+}
+
+/// Without a folder, with errno, when it cannot be opened.
+LandlockSecurityScope::Place LandlockSecurityScope::placeOfPath(const std::string& path) const {
+  const PathParts parts = partsOfPath(path);
+  const EnteredFolder* const entered = enteredFolder(parts.folder);
+  if (entered && entered->granted && !parts.name.empty()) {
+    return {{duplicate(entered->folder), std::string(parts.name)}, duplicate(entered->granted)};
+  }
+  Place place{locationOfPath(path), {}};
+  if (place.location.folder) {
+    place.granted = _grants.folderGranting(place.location);
+  }
+  return place;
+}
+
 bool LandlockSecurityScope::performConfined(const std::string& path, const Work& work,
                                             Error* error) {
-  const ItemLocation location = locationOfPath(path);
+  const auto [location, granted] = placeOfPath(path);
   if (!location.folder) {
     report(errno, Kind::Writing, path, error);
     return false;
   }
-  const FileDescriptor granted = _grants.folderGranting(location);
   if (!granted) {
     report(EACCES, Kind::ChangingUngranted, path, error);
     return false;
@@ -216,8 +268,24 @@ bool LandlockSecurityScope::performConfined(const std::string& path, const Work&
   return done;
 }
 
+/// The folder itself or an item in it; nothing when that is a link, or nothing grants the folder.
+FileDescriptor LandlockSecurityScope::itemOfEnteredFolder(const std::string& path) const {
+  const PathParts parts = partsOfPath(path);
+  const EnteredFolder* const self = enteredFolder(withoutTrailingSlashes(path));
+  if (self && self->granted) {
+    return duplicate(self->folder);
+  }
+  const EnteredFolder* const entered = enteredFolder(parts.folder);
+  return entered && entered->granted && !parts.name.empty()
+             ? openUnlessLink(entered->folder, std::string(parts.name))
+             : FileDescriptor();
+}
+
 bool LandlockSecurityScope::performOnItem(const std::string& path, const Work& work,
                                           Error* error) const {
+  if (const FileDescriptor item = itemOfEnteredFolder(path)) {
+    return work(pathThroughDescriptor(item.get()));
+  }
   const auto item = openItem(path);
   if (!item) {
     report(errno, Kind::ChangingAttributes, path, error);

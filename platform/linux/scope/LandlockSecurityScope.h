@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/SecurityScope.h"
@@ -12,6 +13,7 @@
 #include "platform/linux/scope/BookmarkResolver.h"
 #include "platform/linux/scope/Grants.h"
 #include "platform/linux/scope/LandlockRuleset.h"
+#include "platform/linux/scope/OpenItem.h"
 
 namespace quennel {
 
@@ -42,6 +44,7 @@ class LandlockSecurityScope final : public SecurityScope {
   std::unique_ptr<Access> startAccessing(const PropertyList::Data& bookmark) override;
   void allowForThisRun(const std::string& path, Extent extent) override;
   void disallow(const std::string& path) override;
+  std::unique_ptr<Registration> enterFolder(const std::string& path) override;
   bool isAccessible(const std::string& path) const override;
   bool performConfined(const std::string& path, const Work& work, Error* error) override;
   bool performOnItem(const std::string& path, const Work& work, Error* error) const override;
@@ -53,6 +56,17 @@ class LandlockSecurityScope final : public SecurityScope {
     DirectoryIdentity identity;
   };
 
+  class EnteredFolder;
+
+  /// Where an operation works, and the folder that grants it; none where nothing does.
+  struct Place {
+    ItemLocation location;
+    FileDescriptor granted;
+  };
+
+  const EnteredFolder* enteredFolder(std::string_view path) const;
+  Place placeOfPath(const std::string& path) const;
+  FileDescriptor itemOfEnteredFolder(const std::string& path) const;
   std::optional<Folder> locate(const std::optional<Bookmark>& bookmark);
   std::vector<Folder> foldersOf(const PropertyList::Data& token, Error* error);
   std::optional<Bookmark> lastingBookmark(const std::string& path, Error* error) const;
@@ -62,6 +76,8 @@ class LandlockSecurityScope final : public SecurityScope {
   BookmarkResolver _resolver;
   int _landlockVersion;
   Grants _grants;
+  /// The folder that the present request works in, if any.
+  const EnteredFolder* _entered = nullptr;
   /// The folders that panels gave, by the paths that were chosen.
   std::multimap<std::string, Grant> _allowed;
 };

@@ -28,9 +28,7 @@ struct SplitPath {
 };
 
 SplitPath split(std::string_view path) {
-  while (path.size() > 1 && path.ends_with('/')) {
-    path.remove_suffix(1);
-  }
+  path = withoutTrailingSlashes(path);
   const std::size_t slash = path.rfind('/');
   if (slash == std::string_view::npos) {
     return {"", std::string(path)};
@@ -81,6 +79,33 @@ std::optional<OpenItem> openFile(std::string path) {
 }
 
 }  // namespace
+
+std::string_view withoutTrailingSlashes(std::string_view path) {
+  while (path.size() > 1 && path.ends_with('/')) {
+    path.remove_suffix(1);
+  }
+  return path;
+}
+
+PathParts partsOfPath(std::string_view path) {
+  path = withoutTrailingSlashes(path);
+  const std::size_t slash = path.rfind('/');
+  const std::string_view name = slash == std::string_view::npos ? path : path.substr(slash + 1);
+  const bool isName = name != "." && name != "..";
+  return {withoutTrailingSlashes(path.substr(0, path.size() - name.size())),
+          isName ? name : std::string_view()};
+}
+
+FileDescriptor openUnlessLink(const FileDescriptor& folder, const std::string& name) {
+  FileDescriptor item = openAt(folder.get(), name.c_str(), O_NOFOLLOW);
+  struct stat status {};
+  const bool isItem = item && fstat(item.get(), &status) == 0 && !S_ISLNK(status.st_mode);
+  return isItem ? std::move(item) : FileDescriptor();
+}
+
+FileDescriptor duplicate(const FileDescriptor& place) {
+  return FileDescriptor(fcntl(place.get(), F_DUPFD_CLOEXEC, 0));
+}
 
 FileDescriptor openDirectory(const std::string& path) {
   return openAt(AT_FDCWD, path.c_str(), O_DIRECTORY);

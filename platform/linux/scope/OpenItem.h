@@ -23,6 +23,22 @@ FileDescriptor openDirectory(const std::string& path);
 /// a folder, with errno, when it cannot be opened or the path has no name at its end.
 ItemLocation locationOfPath(const std::string& path);
 
+/// The same as text: the folder's part, without a slash at its end, and the name, which is empty
+/// where the path does not end with one.
+struct PathParts {
+  std::string_view folder;
+  std::string_view name;
+};
+PathParts partsOfPath(std::string_view path);
+
+std::string_view withoutTrailingSlashes(std::string_view path);
+
+/// The item of that name in the folder; none, too, when it is a link.
+FileDescriptor openUnlessLink(const FileDescriptor& folder, const std::string& name);
+
+/// Another descriptor of the same place.
+FileDescriptor duplicate(const FileDescriptor& place);
+
 /// An item that exists, and where it stands. A folder is known as itself: no name.
 struct OpenItem {
   FileDescriptor item;

@@ -285,6 +285,7 @@ TEST_P(Confinement, KeepsNoDescriptorOpen) {
   EXPECT_TRUE(files->isWritableFileAtPath(granted));
   grant(granted + "/below");
   scope->allowForThisRun(outside, Extent::Folder);
+  scope->enterFolder(granted).reset();
   EXPECT_EQ(count(), before);
 }
 
@@ -359,6 +360,73 @@ TEST_P(Confinement, AllowsWhatIsInAFolderAtTheSavePanelsLocation) {
   EXPECT_TRUE(setMode(location, 0700));
   EXPECT_TRUE(files->removeItemAtPath(location));
   expectOutsideUntouched();
+}
+
+// A folder that a request has entered stands for itself until the request is over.
+
+TEST_P(Confinement, LetsEveryOperationWorkInAFolderThatWasEntered) {
+  const auto stay = scope->enterFolder(granted + "/below");
+  EXPECT_TRUE(files->isWritableFileAtPath(granted + "/below/"));
+  EXPECT_TRUE(copyTo(granted + "/below/copy")) << sentenceOf(error);
+  EXPECT_TRUE(setMode(granted + "/below/copy", 0711)) << sentenceOf(error);
+  EXPECT_EQ(modeOf(granted + "/below/copy"), 0711U);
+  EXPECT_TRUE(copyTo(granted + "/beside")) << sentenceOf(error);
+  EXPECT_TRUE(files->removeItemAtPath(granted + "/below/copy"));
+}
+
+TEST_P(Confinement, IsNotWidenedByEnteringAFolder) {
+  create_symlink(outside + "/file", granted + "/link");
+  create_directory_symlink(outside, granted + "/link-to-folder");
+  for (const std::string& entered : {outside, granted, granted + "/link-to-folder"}) {
+    const auto stay = scope->enterFolder(entered);
+    EXPECT_FALSE(files->isWritableFileAtPath(outside));
+    EXPECT_FALSE(copyTo(outside + "/copy"));
+    EXPECT_FALSE(setMode(granted + "/link", 0600));
+    EXPECT_FALSE(copyTo(granted + "/link-to-folder/copy"));
+    EXPECT_FALSE(copyTo(granted + "/../outside/copy"));
+    EXPECT_FALSE(setMode(granted + "/..", 0700));
+  }
+  EXPECT_NE(modeOf(outside + "/file"), 0600U);
+  expectOutsideUntouched();
+}
+
+TEST_P(Confinement, KeepsToTheFolderThatWasEnteredWhateverTakesItsPath) {
+  const auto stay = scope->enterFolder(granted + "/below");
+  writeFile(granted + "/below/file", "inside");
+  rename(granted + "/below", granted + "/renamed");
+  create_directory_symlink(outside, granted + "/below");
+  EXPECT_TRUE(setMode(granted + "/below/file", 0600));
+  EXPECT_EQ(modeOf(granted + "/renamed/file"), 0600U);
+  EXPECT_EQ(copyTo(granted + "/below/copy"), !hasLandlock());
+  EXPECT_EQ(exists(granted + "/renamed/copy"), !hasLandlock());
+  expectOutsideUntouched();
+}
+
+TEST_P(Confinement, EndsWithTheGrantEvenInAFolderThatWasEntered) {
+  const auto stay = scope->enterFolder(granted);
+  accesses.clear();
+  EXPECT_FALSE(copyTo(granted + "/copy"));
+  EXPECT_FALSE(setMode(granted, 0700));
+  EXPECT_FALSE(files->isWritableFileAtPath(granted));
+}
+
+TEST_P(Confinement, BeginsWithTheGrantEvenInAFolderThatWasEntered) {
+  const auto stay = scope->enterFolder(outside);
+  scope->allowForThisRun(outside, Extent::Folder);
+  EXPECT_TRUE(copyTo(outside + "/copy")) << sentenceOf(error);
+}
+
+TEST_P(Confinement, KnowsTheOuterFolderAgainWhenAnInnerOneIsLeft) {
+  const auto outer = scope->enterFolder(granted);
+  scope->enterFolder(granted + "/below").reset();
+  rename(granted, volume + "/renamed");
+  EXPECT_TRUE(setMode(granted, 0700)) << sentenceOf(error);
+  EXPECT_EQ(modeOf(volume + "/renamed"), 0700U);
+}
+
+TEST_P(Confinement, LetsGoOfTheVolumeWhenTheFolderIsLeft) {
+  scope->enterFolder(granted).reset();
+  EXPECT_TRUE(mount->unmountFrom(volume));
 }
 
 /// What confined work tries beyond its item, the kernel refuses. Without the kernel's help the work
