@@ -263,6 +263,18 @@ TEST_F(Access, KeepsARecordThatAnotherProcessAddsMeanwhile) {
   EXPECT_THAT(recordedPaths(), ElementsAre("/c", "/a"));
 }
 
+TEST_F(Access, GrantedByAnotherProcessJustNowIsNotRecordedAgain) {
+  launch();
+  fakes.sharedDefaults.beforeUpdate = [this] { setRecords({record("/a")}); };
+  directories->saveAuthorizedURL("/a");
+  EXPECT_THAT(recordedPaths(), ElementsAre("/a"));
+}
+
+TEST_F(Access, GrantedWithASlashAtTheEndIsRecordedWithoutIt) {
+  launch().saveAuthorizedURL("/a/");
+  EXPECT_THAT(recordedPaths(), ElementsAre("/a"));
+}
+
 TEST_F(Access, ThatCannotBeStoredIsNoReasonForAnAlert) {
   launch();
   fakes.sharedDefaults.setStoreError(Error{ENOSPC});

@@ -124,6 +124,7 @@ TEST_F(Authorization, TheStartFolderIsRememberedBeforeThePanelOpens) {
     ++shown;
     for (const char* const key : {"NSNavLastRootDirectory", "NSNavLastCurrentDirectory"}) {
       EXPECT_EQ(fakes.standardDefaults.objectForKey(key), PropertyList(dir));
+      EXPECT_TRUE(fakes.standardDefaults.stored().contains(key)) << "for the next run, too";
     }
   };
   request();

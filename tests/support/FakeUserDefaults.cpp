@@ -49,6 +49,9 @@ bool FakeUserDefaults::synchronize(Error* error) {
 
 bool FakeUserDefaults::updateObjectForKey(const std::string& key, const Change& change,
                                           Error* error) {
+  if (beforeUpdate) {
+    beforeUpdate();
+  }
   if (!mayStore(error)) {
     return false;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -23,6 +24,9 @@ class FakeUserDefaults : public UserDefaults {
 
   /// Makes every storing operation fail with this error until it is set to nothing.
   void setStoreError(std::optional<Error> error) { _storeError = std::move(error); }
+
+  /// Called at the start of every update: for what other processes do just before.
+  std::function<void()> beforeUpdate;
 
   /// How often something was stored.
   int storeCount() const { return _storeCount; }
