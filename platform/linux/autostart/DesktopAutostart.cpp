@@ -38,6 +38,15 @@ std::string quoted(std::string_view path) {
   return text + '"';
 }
 
+/// The path as a value of the entry.
+std::string escaped(std::string_view path) {
+  std::string text;
+  for (const char character : path) {
+    text += character == '\\' ? R"(\\)" : std::string(1, character);
+  }
+  return text;
+}
+
 bool failWith(Error* error, Error reason) {
   if (error) {
     *error = std::move(reason);
@@ -77,6 +86,10 @@ std::string DesktopAutostart::entry() const {
          "Comment=Makes new files from templates by keyboard shortcuts\n"
          "Exec=" +
          quoted(_helper) +
+         "\n"
+         // Without its program, the entry is left alone.
+         "TryExec=" +
+         escaped(_helper) +
          "\n"
          "Terminal=false\n"
          "NoDisplay=true\n";

@@ -32,6 +32,7 @@ TEST_F(DesktopAutostartTest, EntryStartsTheHelperWhereItIs) {
   EXPECT_TRUE(autostart.setEnabled(true));
   EXPECT_TRUE(autostart.isEnabled());
   EXPECT_NE(contents(entry).find("\nExec=\"/opt/quennel/bin/quennelhelper\"\n"), std::string::npos);
+  EXPECT_NE(contents(entry).find("\nTryExec=/opt/quennel/bin/quennelhelper\n"), std::string::npos);
 }
 
 TEST_F(DesktopAutostartTest, DesktopsAcceptTheEntry) {
