@@ -65,6 +65,16 @@ TEST_F(StoredGrant, DoesNotPassToAFolderThatTookThePlace) {
   EXPECT_FALSE(next.scope.isAccessible(granted));
 }
 
+TEST_F(StoredGrant, ThatIsAuthorizedAnewForSuchAFolderIsInForceInTheNextRun) {
+  Run(folder).directories.saveAuthorizedURL(granted);
+  std::filesystem::remove(granted);
+  std::filesystem::create_directory(granted);
+  Run(folder).directories.saveAuthorizedURL(granted);
+  Run next(folder);
+  EXPECT_THAT(next.directories.openedURLs(), ElementsAre(granted));
+  EXPECT_TRUE(next.scope.isAccessible(granted));
+}
+
 TEST_F(StoredGrant, IsReadByPythonAsARecordOfTwoKeys) {
   if (std::system("python3 -c 'import plistlib' 2>/dev/null") != 0) {
     GTEST_SKIP() << "python3 is not installed";

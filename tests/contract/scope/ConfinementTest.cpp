@@ -370,6 +370,9 @@ TEST_P(Confinement, LetsEveryOperationWorkInAFolderThatWasEntered) {
   EXPECT_TRUE(copyTo(granted + "/below/copy")) << sentenceOf(error);
   EXPECT_TRUE(setMode(granted + "/below/copy", 0711)) << sentenceOf(error);
   EXPECT_EQ(modeOf(granted + "/below/copy"), 0711U);
+  create_symlink("copy", granted + "/below/link");
+  EXPECT_TRUE(setMode(granted + "/below/link", 0640)) << sentenceOf(error);
+  EXPECT_EQ(modeOf(granted + "/below/copy"), 0640U);
   EXPECT_TRUE(copyTo(granted + "/beside")) << sentenceOf(error);
   EXPECT_TRUE(files->removeItemAtPath(granted + "/below/copy"));
 }
