@@ -1,6 +1,8 @@
 #include "creation/FileCreation.h"
 
+#include <cerrno>
 #include <chrono>
+#include <cstddef>
 
 #include "access/Alerts.h"
 #include "access/AuthorizationPanel.h"
@@ -21,6 +23,9 @@ namespace quennel {
 void FileCreation::createFileAtDir(const std::optional<std::string>& dir,
                                    const FileTemplate& template_) const {
   const std::string folder = dir.value_or("");
+  if (refusesForLength(folder)) {
+    return;
+  }
   const auto stay = _services.securityScope.enterFolder(folder);
   if (_services.util.isWritableFileAtPath(dir)) {
     makeFileInFolder(folder, template_);
@@ -49,6 +54,18 @@ void FileCreation::makeFileInFolder(const std::string& dir, const FileTemplate& 
     return;
   }
   finishNewItem(path, template_);
+}
+
+bool FileCreation::refusesForLength(const std::string& dir) const {
+  // Of the kernel's calls.
+  constexpr std::size_t longestPath = 4095;
+  if (dir.size() <= longestPath) {
+    return false;
+  }
+  // The path is too long for an alert, too.
+  const Error error{.code = ENAMETOOLONG};
+  reportFailure(error.localizedDescription(_services.bundle));
+  return true;
 }
 
 void FileCreation::reportFailure(const std::string& reason,

@@ -49,6 +49,10 @@ class FileCreation {
   /// What follows the copy of a template: the execute bits, the date, and what the settings say is
   /// done with a new file.
   void finishNewItem(const std::string& path, const FileTemplate& template_) const;
+  /// Tells the user, if the path is longer than any folder's can be, and answers whether it is:
+  /// nothing is then to be looked for on the way to it, which would take as long as the sender
+  /// likes.
+  bool refusesForLength(const std::string& dir) const;
   /// Tells the user that no file was made. Returns at once; `afterwards`, if any, is called when
   /// the user has dismissed the alert.
   void reportFailure(const std::string& reason,

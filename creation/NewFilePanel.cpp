@@ -35,7 +35,7 @@ Replacement putCopyAt(FileManager& files, const std::string& path, const std::st
 
 void NewFilePanel::showNewFilePanel(const std::optional<std::string>& dir,
                                     const FileTemplate& template_) const {
-  if (!dir) {
+  if (!dir || _services.creation.refusesForLength(*dir)) {
     return;
   }
   _services.panelCount.raise();

@@ -188,6 +188,19 @@ TEST_F(DirectCreation, ATemplateWithoutAFileEndsAsAFailedCopy) {
   EXPECT_EQ(fakes.userInterface.alerts.at(0).messageText, "Error creating file!");
 }
 
+TEST_F(DirectCreation, AFolderWithALongerPathThanAnyHasIsRefusedAtOnce) {
+  std::string dir;
+  for (int level = 0; level < 500'000; ++level) {
+    dir += "/d";
+  }
+  room.creation.createFileAtDir(dir, templateRecord("untitled", "txt"));
+  fakes.runLoop.advance(300ms);
+  EXPECT_TRUE(fakes.userInterface.openPanels.empty());
+  ASSERT_EQ(fakes.userInterface.alerts.size(), 1u);
+  EXPECT_EQ(fakes.userInterface.alerts[0].messageText, "Error creating file!");
+  EXPECT_LT(fakes.userInterface.alerts[0].informativeText.value().size(), 200u);
+}
+
 TEST_F(DirectCreation, ATemplateWithoutANameMakesNothingBesideTheFolder) {
   room.creation.makeFileAtDir("/d", FileTemplate("not a record"));
   fakes.runLoop.advance(300ms);

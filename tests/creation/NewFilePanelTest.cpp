@@ -50,6 +50,17 @@ class NewFilePanel : public DesktopTest {
   CreationRoom room{fakes};
 };
 
+TEST_F(NewFilePanel, IsNotShownForALongerPathThanAnyFolderHas) {
+  answer([](FakeSavePanel&) {
+    ADD_FAILURE() << "shown";
+    return ModalResponse::Cancel;
+  });
+  show(templateRecord("untitled", "txt"), "/" + std::string(4095, 'd'));
+  fakes.runLoop.advance(300ms);
+  EXPECT_EQ(onlyAlert().messageText, "Error creating file!");
+  EXPECT_EQ(room.panelCount.value(), 0);
+}
+
 TEST_F(NewFilePanel, IsSetUpInThisOrder) {
   lookAt(templateRecord("untitled", "txt"), [](FakeSavePanel&) {});
   EXPECT_EQ(fakes.log.calls(),

@@ -19,6 +19,8 @@ EXCEPTIONS = {
     ("platform/linux/ui/LazyUserInterface.cpp", "quennelhelper: "): "for the terminal",
     ("platform/linux/autostart/DesktopAutostart.cpp", "[Desktop Entry]"): "a file's contents",
     ("platform/linux/bus/BusURLEvents.cpp", "There is no action"): "for other programs",
+    ("platform/linux/bus/BusApplicationActions.cpp", "There is no action"): "for other programs",
+    ("platform/linux/scope/BookmarkRenewals.cpp", "renewal of "): "the purpose of a key",
     ("platform/linux/helper/BusHelperConnection.cpp", "no reason was given"): "for the terminal",
     ("platform/linux/watch/Inotify.cpp", "inotify wd:"): "the kernel's",
     ("platform/linux/tasks/LinuxUserScripts.cpp", "Library/"): "a path",
