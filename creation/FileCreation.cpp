@@ -63,8 +63,7 @@ bool FileCreation::refusesForLength(const std::string& dir) const {
     return false;
   }
   // The path is too long for an alert, too.
-  const Error error{.code = ENAMETOOLONG};
-  reportFailure(error.localizedDescription(_services.bundle));
+  reportFailure(Error{.code = ENAMETOOLONG}.localizedDescription(_services.bundle));
   return true;
 }
 
