@@ -67,6 +67,7 @@ void list(const Options& options, CommandContext& context) {
 std::string suggestionFor(const std::string& path, CommandContext& context) {
   const auto folders = orFail(context.grants.all());
   std::vector<std::string_view> known;
+  known.reserve(folders.size());
   for (const GrantedFolder& folder : folders) {
     known.push_back(folder.path ? std::string_view(*folder.path) : std::string_view());
   }
