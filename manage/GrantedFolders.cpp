@@ -30,7 +30,7 @@ GrantedFolders::GrantedFolders(UserDefaults& settings, SecurityScope& scope,
     : _settings(settings), _scope(scope), _files(files), _helper(helper) {}
 
 Result<void, Failure> GrantedFolders::change(const ListChange& change) {
-  const auto changed = changeStoredList(_settings, authorizedDirsKey, change);
+  auto changed = changeStoredList(_settings, authorizedDirsKey, change);
   if (!changed) {
     return changed;
   }
