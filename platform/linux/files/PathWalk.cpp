@@ -23,7 +23,7 @@ FileDescriptor startOf(const std::string& path) {
 // Takes the first name off a path; empty when there is none.
 std::string takeName(std::string& path) {
   path.erase(0, path.find_first_not_of('/'));
-  const std::string name = path.substr(0, path.find('/'));
+  std::string name = path.substr(0, path.find('/'));
   path.erase(0, name.size());
   return name;
 }
@@ -53,9 +53,11 @@ bool leadsThrough(const std::string& path, const struct stat& item) {
     if (!S_ISLNK(status.st_mode)) {
       folder = std::move(next);
     } else if (++links <= mostLinks) {
-      const std::string target = targetOfLink(next.get());
-      folder = target.starts_with('/') ? startOf(target) : std::move(folder);
-      rest = target + "/" + rest;
+      std::string target = targetOfLink(next.get());
+      if (target.starts_with('/')) {
+        folder = startOf(target);
+      }
+      rest = target.append("/").append(rest);
     } else {
       return false;
     }
