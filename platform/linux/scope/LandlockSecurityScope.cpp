@@ -248,20 +248,20 @@ LandlockSecurityScope::Place LandlockSecurityScope::placeOfPath(const std::strin
 
 bool LandlockSecurityScope::performConfined(const std::string& path, const Work& work,
                                             Error* error) {
-  const auto [location, granted] = placeOfPath(path);
-  if (!location.folder) {
+  const Place place = placeOfPath(path);
+  if (!place.location.folder) {
     report(errno, Kind::Writing, path, error);
     return false;
   }
-  if (!granted) {
+  if (!place.granted) {
     report(EACCES, Kind::ChangingUngranted, path, error);
     return false;
   }
   if (_landlockVersion == 0) {
-    return work(pathThroughDescriptor(location.folder.get()) + "/" + location.name);
+    return work(pathThroughDescriptor(place.location.folder.get()) + "/" + place.location.name);
   }
   bool done = false;
-  const int code = runConfined(_landlockVersion, granted.get(), [&] { done = work(path); });
+  const int code = runConfined(_landlockVersion, place.granted.get(), [&] { done = work(path); });
   if (code != 0) {
     report(code, Kind::Writing, path, error);
   }
