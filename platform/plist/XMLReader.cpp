@@ -49,10 +49,11 @@ class Reader {
     _list.start = dictionary.start;
     _list.contentsStart = dictionary.end;
     auto value = readDictionary(dictionary, 1, &_list.entries);
-    if (value) {
-      _list.dictionary = *std::move(value);
+    if (!value) {
+      return false;
     }
-    return value.has_value();
+    _list.dictionary = *std::move(value);
+    return true;
   }
 
   /// Also notes where the entries are, in `places` if there is one.
