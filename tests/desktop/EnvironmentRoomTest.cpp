@@ -30,6 +30,8 @@ struct Places {
   std::vector<char*> entries;
 };
 
+// The address sanitizer's allocator moves all that is allocated anew.
+#ifndef __SANITIZE_ADDRESS__
 std::string comingsAndGoings() {
   const Places before;
   std::vector<std::unique_ptr<char[]>> others;
@@ -48,15 +50,13 @@ std::string comingsAndGoings() {
 }
 
 TEST(RoomInTheEnvironment, LetsVariablesComeAndGoWithoutMovingOthers) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the address sanitizer's allocator moves all that is allocated anew";
-#endif
   EXPECT_EQ(inChildProcess([] {
               makeRoomInEnvironment({"QUENNEL_FIRST", "QUENNEL_SECOND"});
               return comingsAndGoings();
             }),
             "as before");
 }
+#endif
 
 TEST(RoomInTheEnvironment, LeavesTheVariablesUnset) {
   EXPECT_EQ(inChildProcess([] {
