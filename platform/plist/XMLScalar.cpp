@@ -113,10 +113,10 @@ std::optional<PropertyList> scalarOfXML(std::string_view name, const std::string
     return contents.empty() ? std::optional<PropertyList>(name == "true") : std::nullopt;
   }
   if (name == "integer") {
-    return contents.empty() ? PropertyList(0) : integer(contents);
+    return integer(contents.empty() ? "0" : contents);
   }
   if (name == "real") {
-    return contents.empty() ? PropertyList(0.0) : real(contents);
+    return real(contents.empty() ? "0" : contents);
   }
   if (name == "date") {
     return date(std::string(contents));
